@@ -1,1 +1,117 @@
-int main() { return 0; }
+// Program entry: fixes the order in which the system comes up and goes down.
+
+#include <GL/glew.h>
+
+#include <algorithm>
+#include <exception>
+#include <iostream>
+
+#include "core/Subsystem.h"
+#include "logging/Logger.h"
+#include "os/OS.h"
+#include "util/FileSystem.h"
+#include "util/Version.h"
+
+namespace {
+
+bool AsksForVersion(int argc, char** argv) {
+    for (int i = 1; i < argc; ++i) {
+        const util::String argument = argv[i];
+        if (argument.find("-version") != util::String::npos ||
+            argument.find("/version") != util::String::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Scenes of old versions were kept under the configuration extension.
+void RenameOldSceneFiles() {
+    util::FileSystem& fileSystem = util::FileSystem::Get();
+    const util::String scenes = fileSystem.GetWorkDirectory() + util::FileSystem::GetScenesFolder();
+    if (!fileSystem.Exists(scenes)) {
+        Log(logging::Warning, "The scene folder \"" + scenes + "\" is missing");
+        return;
+    }
+    const std::vector<util::String> oldFiles = fileSystem.ListFiles(scenes, "*.cfg");
+    if (oldFiles.empty()) {
+        return;
+    }
+    Log(logging::Info, "Renaming old .cfg files to .vra...");
+    for (const util::String& name : oldFiles) {
+        fileSystem.Rename(scenes + name, scenes + name.substr(0, name.size() - 3) + "vra");
+    }
+}
+
+core::WindowParams FirstRunWindowParams() {
+    core::WindowParams params;
+    int desktopWidth = 0;
+    int desktopHeight = 0;
+    if (core::Subsystem::GetDesktopSize(desktopWidth, desktopHeight)) {
+        params.width = std::min(params.width, desktopWidth - 64);
+        params.height = std::min(params.height, desktopHeight - 64);
+    }
+    return params;
+}
+
+int RunProgram() {
+    core::Subsystem::Create();
+    core::Subsystem& subsystem = core::Subsystem::Get();
+    subsystem.SetCaption(util::GetVersionString() + " - a physics sandbox by the Vorra developers");
+
+    // Reflected objects are published to the script's root here, then the application
+    // root is made and joins the GUI, then the console, App and Scene are published and
+    // the serializer is created.
+    RenameOldSceneFiles();
+    Log(logging::Debug, "Application created");
+
+    // "autoexec.cfg" runs here, and the configuration is chosen between
+    // "config.autosave.cfg", "config.cfg" and a first run, once the script layer exists.
+    // Until then every start is a first run.
+    subsystem.CreateWindow(FirstRunWindowParams());
+
+    if (const GLubyte* extensions = glGetString(GL_EXTENSIONS)) {
+        Log(logging::Debug, "Available OpenGL extensions: " +
+                                util::String(reinterpret_cast<const char*>(extensions)));
+    }
+    // Resources finish their preparation, the widgets are set up and the first scene is
+    // chosen here as those parts join.
+
+    Log(logging::Info, "Running program...");
+    subsystem.Run();
+
+    // "config.cfg" is saved and "config.autosave.cfg" deleted here, then the application
+    // saves the scene on exit.
+    Log(logging::Debug, "Destroying subsystem");
+    core::Subsystem::Release();
+    Log(logging::Debug, "Returning 0 from main");
+    logging::Logger::Release();
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    util::FileSystem::Get().SetArgv0(argc > 0 ? argv[0] : "");
+    if (AsksForVersion(argc, argv)) {
+        std::cout << util::GetVersionString() << std::endl;
+        return 0;
+    }
+    try {
+        return RunProgram();
+    } catch (const std::exception& e) {
+        logging::LogCaughtException(e, VORRA_LOCATION);
+        Log(logging::Error, "Exception caught in main: " + util::String(e.what()));
+        if (os::ShowErrorPopup("Exception caught", e.what())) {
+            throw;
+        }
+        return 1;
+    } catch (...) {
+        logging::LogCaughtUnknownException(VORRA_LOCATION);
+        Log(logging::Error, "Unknown exception caught in main.");
+        if (os::ShowErrorPopup("Unknown exception caught", "Badness")) {
+            throw;
+        }
+        return 2;
+    }
+}

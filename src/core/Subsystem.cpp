@@ -1,0 +1,401 @@
+#include "core/Subsystem.h"
+
+#include <GL/glew.h>
+#include <SDL.h>
+
+#include <algorithm>
+#include <cmath>
+#include <iostream>
+#include <stdexcept>
+
+#include "core/Updatable.h"
+#include "logging/FileLogger.h"
+#include "logging/Logger.h"
+#include "logging/StreamLogger.h"
+#include "util/Clock.h"
+#include "util/FileSystem.h"
+#include "util/LexicalCast.h"
+#include "util/Profiler.h"
+#include "util/Profiler2.h"
+#include "util/Version.h"
+
+namespace core {
+namespace {
+
+constexpr int kLargestWindowSide = 4096;
+
+double SdlSeconds() { return SDL_GetTicks() / 1000.0; }
+
+[[noreturn]] void ThrowSdlError(const util::String& message) {
+    VORRA_THROW(std::runtime_error, message + SDL_GetError());
+}
+
+void SetGlAttribute(SDL_GLattr attribute, int value, const char* message) {
+    if (SDL_GL_SetAttribute(attribute, value) != 0) {
+        VORRA_THROW(std::runtime_error, message);
+    }
+}
+
+// Settings that a context is made with; a change of any of them needs a new window.
+bool SameContextSettings(const WindowParams& a, const WindowParams& b) {
+    return a.colourDepth == b.colourDepth && a.zDepth == b.zDepth &&
+           a.stencilDepth == b.stencilDepth && a.antiAliasSamples == b.antiAliasSamples;
+}
+
+}  // namespace
+
+Subsystem::Subsystem() {
+    // Input listener base with priority 50 joins here with the input layer.
+    m_measuringStart = SdlSeconds();
+
+    logging::Logger& logger = logging::Logger::Get();
+    logger.Add(new logging::StreamLogger(7, &std::cerr));
+    logger.Add(new logging::StreamLogger(16, &std::cout));
+    const util::String logPath = util::FileSystem::Get().GetWorkDirectory() + "Logfile.txt";
+    logger.Add(new logging::FileLogger(31, logPath, util::FileSystem::Get().Exists(logPath)));
+
+    Log(logging::Debug, "Init SDL...");
+    if (SDL_Init(SDL_INIT_TIMER | SDL_INIT_VIDEO | SDL_INIT_JOYSTICK | SDL_INIT_NOPARACHUTE) < 0) {
+        ThrowSdlError("Couldn't init SDL: ");
+    }
+    util::Clock::SetSource(&SdlSeconds);
+    // Joysticks start, and this object joins the input listeners, with the input layer.
+
+    LoadIcon();
+    // The script face of "System" (exit, time, objectCurrent, objectHandleCurrent,
+    // objectTotal, resizable, fullscreen, resolution, antiAlias, depth, recreateWindow)
+    // is registered here once the script layer exists.
+}
+
+Subsystem::~Subsystem() {
+    // Renderer, Input, GUI and TextureManager are released here, before the file system,
+    // as each of them joins.
+    util::FileSystem::Release();
+    DestroyWindow();
+    if (m_icon) {
+        SDL_FreeSurface(m_icon);
+    }
+    util::Clock::SetSource(nullptr);
+    SDL_Quit();
+}
+
+void Subsystem::LoadIcon() {
+    const util::String path = util::FileSystem::WorkDirectoryOrCurrent() + "Vorra.bmp";
+    SDL_RWops* file = SDL_RWFromFile(path.c_str(), "rb");
+    m_icon = file ? SDL_LoadBMP_RW(file, 1) : nullptr;
+    if (!m_icon) {
+        Log(logging::Warning,
+            "Couldn't load the window icon \"" + path + "\": " + util::String(SDL_GetError()));
+    }
+}
+
+bool Subsystem::GetDesktopSize(int& width, int& height) {
+    SDL_DisplayMode mode;
+    if (SDL_GetDesktopDisplayMode(0, &mode) != 0 || mode.w <= 0 || mode.h <= 0) {
+        return false;
+    }
+    width = mode.w;
+    height = mode.h;
+    return true;
+}
+
+void Subsystem::SetCaption(const util::String& caption) {
+    m_caption = caption;
+    if (m_window) {
+        SDL_SetWindowTitle(m_window, m_caption.c_str());
+    }
+}
+
+void Subsystem::DestroyWindow() {
+    if (m_glContext) {
+        SDL_GL_DeleteContext(m_glContext);
+        m_glContext = nullptr;
+    }
+    if (m_window) {
+        SDL_DestroyWindow(m_window);
+        m_window = nullptr;
+    }
+}
+
+void Subsystem::CreateWindow(WindowParams params) {
+    Log(logging::Info, "Creating window...");
+    // The resource manager releases all graphics resources here once it exists.
+
+    params.width = std::clamp(params.width, 1, kLargestWindowSide);
+    params.height = std::clamp(params.height, 1, kLargestWindowSide);
+    int desktopWidth = 0;
+    int desktopHeight = 0;
+    if (GetDesktopSize(desktopWidth, desktopHeight)) {
+        params.width = std::min(params.width, desktopWidth);
+        params.height = std::min(params.height, desktopHeight);
+    }
+
+    Log(logging::Debug, "Setting up SDL");
+    SetGlAttribute(SDL_GL_BUFFER_SIZE, params.colourDepth, "Couldn't set buffer depth");
+    if (params.colourDepth == 32) {
+        SetGlAttribute(SDL_GL_RED_SIZE, 8, "Couldn't set buffer red depth");
+        SetGlAttribute(SDL_GL_GREEN_SIZE, 8, "Couldn't set buffer green depth");
+        SetGlAttribute(SDL_GL_BLUE_SIZE, 8, "Couldn't set buffer blue depth");
+        SetGlAttribute(SDL_GL_ALPHA_SIZE, 8, "Couldn't set buffer alpha depth");
+    }
+    SetGlAttribute(SDL_GL_DEPTH_SIZE, params.zDepth, "Couldn't set z-buffer depth");
+    if (params.stencilDepth != 0) {
+        SetGlAttribute(SDL_GL_STENCIL_SIZE, params.stencilDepth,
+                       "Couldn't set stencil-buffer depth");
+    }
+    if (params.antiAliasSamples > 1) {
+        SetGlAttribute(SDL_GL_MULTISAMPLEBUFFERS, 1, "Couldn't set the AA buffer");
+        SetGlAttribute(SDL_GL_MULTISAMPLESAMPLES, params.antiAliasSamples,
+                       "Couldn't set the AA samples");
+    }
+
+    Uint32 flags = SDL_WINDOW_OPENGL;
+    if (params.fullscreen) {
+        flags |= SDL_WINDOW_FULLSCREEN;
+    }
+    if (params.resizable) {
+        flags |= SDL_WINDOW_RESIZABLE;
+    }
+    if (!params.framed) {
+        flags |= SDL_WINDOW_BORDERLESS;
+    }
+
+    Log(logging::Debug, "Setting video mode");
+    const bool freshContext = !m_window || !SameContextSettings(params, m_currentParams);
+    if (freshContext) {
+        DestroyWindow();
+        m_window = SDL_CreateWindow(m_caption.c_str(), SDL_WINDOWPOS_CENTERED,
+                                    SDL_WINDOWPOS_CENTERED, params.width, params.height, flags);
+        m_glContext = m_window ? SDL_GL_CreateContext(m_window) : nullptr;
+        if (!m_glContext) {
+            DestroyWindow();
+            ThrowSdlError("Couldn't set video mode, SDL-error: ");
+        }
+        if (m_icon) {
+            SDL_SetWindowIcon(m_window, m_icon);
+        }
+    } else {
+        // Same context settings: the window changes in place, so a resize by the user does
+        // not make the window vanish and reappear.
+        SDL_SetWindowFullscreen(m_window, params.fullscreen ? SDL_WINDOW_FULLSCREEN : 0);
+        SDL_SetWindowResizable(m_window, params.resizable ? SDL_TRUE : SDL_FALSE);
+        SDL_SetWindowBordered(m_window, params.framed ? SDL_TRUE : SDL_FALSE);
+        SDL_SetWindowSize(m_window, params.width, params.height);
+    }
+
+    if (freshContext) {
+        Log(logging::Debug, "Init GLEW...");
+        const GLenum glewResult = glewInit();
+        if (glewResult != GLEW_OK) {
+            VORRA_THROW(std::runtime_error,
+                        "GLEW Error: " + util::String(reinterpret_cast<const char*>(
+                                             glewGetErrorString(glewResult))));
+        }
+    }
+
+    Log(logging::Debug, "Setting vsync");
+    SDL_GL_SetSwapInterval(params.vSync ? 1 : 0);
+    params.vSync = SDL_GL_GetSwapInterval() != 0;
+
+    m_currentParams = params;
+    m_requestedParams = params;
+
+    Log(logging::Debug, "Setting viewport");
+    glViewport(0, 0, params.width, params.height);
+    // The renderer forgets its cached state here once it exists.
+
+    Log(logging::Debug, "Checking for alpha framebuffer");
+    int alphaBits = 0;
+    if (SDL_GL_GetAttribute(SDL_GL_ALPHA_SIZE, &alphaBits) != 0) {
+        VORRA_THROW(std::runtime_error, "You'r computer won't let me query the alpha bit depth");
+    }
+    if (alphaBits != 8) {
+        Log(logging::Warning,
+            "Your computer doesn't support alpha framebuffers; water may not be rendered "
+            "correctly.");
+    }
+
+    // The resource manager reloads all resources here ("Loading all resources...",
+    // "Done loading resources."), and the GUI learns the new screen size.
+    if (!m_commandsRegistered) {
+        // The "screenshot" command is registered here with the renderer.
+        m_commandsRegistered = true;
+    }
+    Log(logging::Info, "Window created.");
+}
+
+void Subsystem::RequestExit() {
+    // Refused while the application traps the user, once the application root exists.
+    m_exitRequested = true;
+}
+
+bool Subsystem::HandleEvent(const SDL_Event& event) {
+    if (event.type == SDL_QUIT) {
+        RequestExit();
+        return true;
+    }
+    if (event.type == SDL_WINDOWEVENT && event.window.event == SDL_WINDOWEVENT_RESIZED) {
+        WindowParams params = m_currentParams;
+        params.width = event.window.data1;
+        params.height = event.window.data2;
+        if (params.width != m_currentParams.width || params.height != m_currentParams.height) {
+            CreateWindow(params);
+        }
+        return true;
+    }
+    return false;
+}
+
+bool Subsystem::GetVSync() const { return m_window && SDL_GL_GetSwapInterval() != 0; }
+
+void Subsystem::SetVSync(bool on) {
+    if (m_window) {
+        SDL_GL_SetSwapInterval(on ? 1 : 0);
+        m_currentParams.vSync = GetVSync();
+    }
+}
+
+double Subsystem::GetTime() { return SdlSeconds(); }
+
+bool Subsystem::ExitTest() {
+    if (!m_exitRequested) {
+        return false;
+    }
+    // The resource manager releases all graphics resources here once it exists.
+    return true;
+}
+
+void Subsystem::PollEvents() {
+    // Until the input layer takes over event reading, the loop reads SDL's queue itself
+    // and handles what this object would handle as a listener.
+    SDL_Event event;
+    while (SDL_PollEvent(&event)) {
+        HandleEvent(event);
+    }
+}
+
+void Subsystem::FlushCallbackSets() {
+    for (util::AbstractCallbackSet* set : util::ClassTracker<util::AbstractCallbackSet>::Snapshot()) {
+        set->Flush();
+    }
+}
+
+void Subsystem::MeasureFrameRate(double now) {
+    ++m_frameCount;
+    const double elapsed = now - m_measuringStart;
+    if (m_framesPerSecond == 0 && elapsed > 0) {
+        m_framesPerSecond = m_frameCount / elapsed;
+    }
+    if (elapsed > 1) {
+        m_framesPerSecond = m_frameCount / elapsed;
+        m_measuringStart = now;
+        m_frameCount = 0;
+    }
+}
+
+void Subsystem::CapFrameRate(float dt) {
+    SetMaxFPS(m_maxFPS >= 1 ? m_maxFPS : 1);
+    const float frameTime = 1 / m_maxFPS;
+    if (dt < frameTime) {
+        SDL_Delay(static_cast<Uint32>(std::round((frameTime - dt) * 1000 + 0.5f)));
+    }
+}
+
+void Subsystem::BeginRun() {
+    const Uint32 beforeSleep = SDL_GetTicks();
+    SDL_Delay(1);
+    const double sleepPrecision = SDL_GetTicks() - beforeSleep;
+    const Uint32 beforeTick = SDL_GetTicks();
+    Uint32 tick = beforeTick;
+    while (tick == beforeTick) {
+        tick = SDL_GetTicks();
+    }
+    const double timerPrecision = tick - beforeTick;
+    Log(logging::Debug, "sleep precision=" + util::LexicalCast<util::String>(sleepPrecision) +
+                            "ms, timer precision: " +
+                            util::LexicalCast<util::String>(timerPrecision) + "ms");
+
+    util::Profiler::Get().Reset();
+    // The input layer polls once and resets its state here.
+    Log(logging::Debug, "Entering game loop");
+    m_flushCounter = 0;
+    m_previous = SdlSeconds();
+}
+
+void Subsystem::Run() {
+    BeginRun();
+    while (RunFrame()) {
+    }
+}
+
+bool Subsystem::RunFrame() {
+    if (ExitTest()) {
+        return false;
+    }
+    {
+        VORRA_PROFILE("Events");
+        PollEvents();
+    }
+    // The simulation's largest time step, 1 / minFPS, is set here once the physics joins.
+    if (ExitTest()) {
+        return false;
+    }
+
+    const double now = SdlSeconds();
+    if (++m_flushCounter >= 11) {
+        VORRA_PROFILE("FlushCallbackSets");
+        FlushCallbackSets();
+        m_flushCounter = 0;
+    }
+    {
+        VORRA_PROFILE("GC");
+        util::SweepHandles();
+    }
+    {
+        // The script parser recalculates all formula attributes in this stage.
+        VORRA_PROFILE("Parser::Update");
+    }
+    const float dt = static_cast<float>(now - m_previous);
+    {
+        VORRA_PROFILE("Interp::Update");
+        for (Updatable* updatable : util::ClassTracker<Updatable>::Snapshot()) {
+            updatable->Update(dt);
+        }
+    }
+    {
+        // The GUI updates here with dt, and the simulation steps inside it.
+        VORRA_PROFILE("GUI::Update");
+    }
+    m_nextFrameCallbacks.CallAll();
+    m_nextFrameCallbacks.Clear();
+    if (ExitTest()) {
+        return false;
+    }
+
+    {
+        VORRA_PROFILE("Draw");
+        // The GUI draws the whole frame here; until it does, the frame is cleared.
+        glClearColor(0.55f, 0.7f, 0.9f, 1.0f);
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    }
+    {
+        VORRA_PROFILE("SDL_GL_SwapBuffers");
+        if (m_window) {
+            SDL_GL_SwapWindow(m_window);
+        }
+    }
+    MeasureFrameRate(now);
+
+    util::Profiler::Get().SetFramesPerSecond(m_framesPerSecond);
+    util::Profiler::Get().Update();
+    util::Profiler2::Get().Update(dt);
+    {
+        VORRA_PROFILE("Logger::Update");
+        logging::Logger::Get().Update();
+    }
+    CapFrameRate(dt);
+    m_previous = now;
+    return true;
+}
+
+}  // namespace core

@@ -10,14 +10,23 @@
 namespace logging {
 
 void GuardLogging(const util::String& text, const std::function<void()>& action) {
+    // A failing sink is reported through the log again; the report must not recurse into
+    // the same failure.
+    static bool s_reporting = false;
+    auto report = [&](auto&& logCaught) {
+        if (!s_reporting) {
+            s_reporting = true;
+            logCaught();
+            s_reporting = false;
+        }
+        std::cerr << "ERROR - Failed to log text: " << text << std::endl;
+    };
     try {
         action();
     } catch (const std::exception& e) {
-        LogCaughtException(e, VORRA_LOCATION);
-        std::cerr << "ERROR - Failed to log text: " << text << std::endl;
+        report([&] { LogCaughtException(e, VORRA_LOCATION); });
     } catch (...) {
-        LogCaughtUnknownException(VORRA_LOCATION);
-        std::cerr << "ERROR - Failed to log text: " << text << std::endl;
+        report([&] { LogCaughtUnknownException(VORRA_LOCATION); });
     }
 }
 

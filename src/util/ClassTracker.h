@@ -12,7 +12,7 @@ public:
     ClassTracker() { Instances().insert(this); }
     ClassTracker(const ClassTracker&) : ClassTracker() {}
     ClassTracker& operator=(const ClassTracker&) { return *this; }
-    virtual ~ClassTracker() { Instances().erase(this); }
+    virtual ~ClassTracker() noexcept(false) { Instances().erase(this); }
 
     static HashSet<ClassTracker*>& Instances() {
         static HashSet<ClassTracker*>* instances = new HashSet<ClassTracker*>();

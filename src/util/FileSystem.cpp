@@ -20,6 +20,13 @@ String ProgramPath() {
     return error ? String() : path.string();
 }
 
+// The work directory outlives the file system object: lines logged after everything was
+// released still find "Unlogged.txt" there.
+String& LastWorkDirectory() {
+    static String* last = new String();
+    return *last;
+}
+
 String FolderOf(const String& path) {
     const size_t slash = path.find_last_of('/');
     return slash == String::npos ? String() : path.substr(0, slash + 1);
@@ -47,12 +54,11 @@ void FileSystem::SetArgv0(const String& argv0) {
     if (m_workDirectory.empty()) {
         m_workDirectory = "./";
     }
+    LastWorkDirectory() = m_workDirectory;
     std::cout << "workdir =  " << m_workDirectory << std::endl;
 }
 
-String FileSystem::WorkDirectoryOrCurrent() {
-    return IsAlive() ? Get().GetWorkDirectory() : String();
-}
+String FileSystem::WorkDirectoryOrCurrent() { return LastWorkDirectory(); }
 
 bool MatchesWildcard(const String& text, const String& pattern) {
     // Iterative matcher with back-tracking to the last star.

@@ -17,7 +17,8 @@ public:
     void SetArgv0(const String& argv0);
     // Always ends with a slash.
     const String& GetWorkDirectory() const { return m_workDirectory; }
-    // The work directory if the file system exists, else the current directory ("").
+    // The work directory last found, also after the file system was released; empty (the
+    // current directory) before one was found.
     static String WorkDirectoryOrCurrent();
 
     static const char* GetDataFolder() { return "data/"; }

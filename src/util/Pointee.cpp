@@ -40,7 +40,7 @@ Pointee::Pointee() : m_handle(new PointeeHandle{this, 0, 0}) {
     ++registry.liveObjects;
 }
 
-Pointee::~Pointee() { --Registry().liveObjects; }
+Pointee::~Pointee() noexcept(false) { --Registry().liveObjects; }
 
 void SweepHandles() {
     HandleRegistry& registry = Registry();

@@ -27,7 +27,8 @@ public:
     // A copy is a new object with a handle of its own.
     Pointee(const Pointee&) : Pointee() {}
     Pointee& operator=(const Pointee&) { return *this; }
-    virtual ~Pointee();
+    // Destructors may throw: SafeDelete catches and logs, so a release always completes.
+    virtual ~Pointee() noexcept(false);
 
     PointeeHandle* GetHandle() const { return m_handle; }
 

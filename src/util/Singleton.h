@@ -50,7 +50,7 @@ protected:
         CODE_ASSERT(!s_instance);
         s_instance = SharedPtr<T>(static_cast<T*>(this));
     }
-    virtual ~Singleton() = default;
+    virtual ~Singleton() noexcept(false) = default;
 
 private:
     static SharedPtr<T> s_instance;

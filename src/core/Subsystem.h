@@ -1,0 +1,89 @@
+#pragma once
+
+#include "core/WindowParams.h"
+#include "util/CallbackSet.h"
+#include "util/Singleton.h"
+
+struct SDL_Window;
+struct SDL_Surface;
+union SDL_Event;
+
+namespace core {
+
+// Owns the window, the OpenGL context and the frame: Run is the program's only loop.
+// (It becomes the script object "System" and an input listener of priority 50 when the
+// script and input layers join.)
+class Subsystem : public util::Pointee, public util::Singleton<Subsystem> {
+public:
+    Subsystem();
+    ~Subsystem() override;
+
+    // Makes the window and its context, or rebuilds them with new settings. Throws
+    // std::runtime_error when the system refuses.
+    void CreateWindow(WindowParams params);
+    // The loop; returns when the user has quit.
+    void Run();
+    // Calibration and reset before the first frame.
+    void BeginRun();
+    // One pass of the loop. Returns false when the program is to end.
+    bool RunFrame();
+
+    void SetCaption(const util::String& caption);
+    const util::String& GetCaption() const { return m_caption; }
+
+    // The "exit" command: the loop ends at its next exit test.
+    void RequestExit();
+    bool IsExitRequested() const { return m_exitRequested; }
+    // Quit and resize events; returns whether the event was consumed.
+    bool HandleEvent(const SDL_Event& event);
+
+    float GetMinFPS() const { return m_minFPS; }
+    void SetMinFPS(float fps) { m_minFPS = fps; }
+    float GetMaxFPS() const { return m_maxFPS; }
+    void SetMaxFPS(float fps) { m_maxFPS = fps; }
+    // The driver's swap interval is non-zero.
+    bool GetVSync() const;
+    void SetVSync(bool on);
+
+    // Seconds since SDL started, from the millisecond tick.
+    static double GetTime();
+    double GetFramesPerSecond() const { return m_framesPerSecond; }
+    bool HasWindow() const { return m_window != nullptr; }
+
+    // The desktop's size; false where it cannot be found (a virtual display reports 0).
+    static bool GetDesktopSize(int& width, int& height);
+
+    const WindowParams& GetCurrentWindowParams() const { return m_currentParams; }
+    WindowParams& GetRequestedWindowParams() { return m_requestedParams; }
+    // Called once after the next GUI update, then emptied.
+    util::CallbackSet& GetNextFrameCallbacks() { return m_nextFrameCallbacks; }
+
+private:
+    bool ExitTest();
+    void PollEvents();
+    void FlushCallbackSets();
+    void MeasureFrameRate(double now);
+    void CapFrameRate(float dt);
+    void LoadIcon();
+    void DestroyWindow();
+
+    float m_minFPS = 10;
+    float m_maxFPS = 60;
+    bool m_commandsRegistered = false;
+    int m_frameCount = 0;
+    double m_measuringStart = 0;
+    double m_framesPerSecond = 0;
+    bool m_exitRequested = false;
+    WindowParams m_currentParams;
+    WindowParams m_requestedParams;
+    util::CallbackSet m_nextFrameCallbacks;
+
+    int m_flushCounter = 0;
+    double m_previous = 0;
+    util::String m_caption;
+    SDL_Window* m_window = nullptr;
+    void* m_glContext = nullptr;
+    SDL_Surface* m_icon = nullptr;
+};
+
+}  // namespace core
