@@ -315,7 +315,7 @@ void Subsystem::BeginRun() {
                             "ms, timer precision: " +
                             util::LexicalCast<util::String>(timerPrecision) + "ms");
 
-    util::Profiler::Get().Reset();
+    util::Profiler::Get().ResetCounters();
     // The input layer polls once and resets its state here.
     Log(logging::Debug, "Entering game loop");
     m_flushCounter = 0;
