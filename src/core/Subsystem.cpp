@@ -24,7 +24,9 @@ namespace {
 
 constexpr int kLargestWindowSide = 4096;
 
-double SdlSeconds() { return SDL_GetTicks() / 1000.0; }
+double SdlSeconds() {
+    return SDL_GetTicks() / 1000.0;
+}
 
 [[noreturn]] void ThrowSdlError(const util::String& message) {
     VORRA_THROW(std::runtime_error, message + SDL_GetError());
@@ -246,7 +248,9 @@ bool Subsystem::HandleEvent(const SDL_Event& event) {
     return false;
 }
 
-bool Subsystem::GetVSync() const { return m_window && SDL_GL_GetSwapInterval() != 0; }
+bool Subsystem::GetVSync() const {
+    return m_window && SDL_GL_GetSwapInterval() != 0;
+}
 
 void Subsystem::SetVSync(bool on) {
     if (m_window) {
@@ -255,7 +259,9 @@ void Subsystem::SetVSync(bool on) {
     }
 }
 
-double Subsystem::GetTime() { return SdlSeconds(); }
+double Subsystem::GetTime() {
+    return SdlSeconds();
+}
 
 bool Subsystem::ExitTest() {
     if (!m_exitRequested) {
@@ -275,7 +281,8 @@ void Subsystem::PollEvents() {
 }
 
 void Subsystem::FlushCallbackSets() {
-    for (util::AbstractCallbackSet* set : util::ClassTracker<util::AbstractCallbackSet>::Snapshot()) {
+    for (util::AbstractCallbackSet* set :
+         util::ClassTracker<util::AbstractCallbackSet>::Snapshot()) {
         set->Flush();
     }
 }
@@ -311,9 +318,9 @@ void Subsystem::BeginRun() {
         tick = SDL_GetTicks();
     }
     const double timerPrecision = tick - beforeTick;
-    Log(logging::Debug, "sleep precision=" + util::LexicalCast<util::String>(sleepPrecision) +
-                            "ms, timer precision: " +
-                            util::LexicalCast<util::String>(timerPrecision) + "ms");
+    Log(logging::Debug,
+        "sleep precision=" + util::LexicalCast<util::String>(sleepPrecision) +
+            "ms, timer precision: " + util::LexicalCast<util::String>(timerPrecision) + "ms");
 
     util::Profiler::Get().ResetCounters();
     // The input layer polls once and resets its state here.

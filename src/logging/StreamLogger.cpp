@@ -2,6 +2,8 @@
 
 namespace logging {
 
-void StreamLogger::Log(const util::String& text) { *m_stream << text << std::endl; }
+void StreamLogger::Log(const util::String& text) {
+    *m_stream << text << std::endl;
+}
 
 }  // namespace logging

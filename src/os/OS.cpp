@@ -20,7 +20,7 @@ bool ShowErrorPopup(const util::String& title, const util::String& text) {
     };
     const SDL_MessageBoxData box = {
         SDL_MESSAGEBOX_INFORMATION, nullptr, title.c_str(), message.c_str(),
-        SDL_arraysize(buttons), buttons, nullptr,
+        SDL_arraysize(buttons),     buttons, nullptr,
     };
     int pressed = kOk;
     if (SDL_ShowMessageBox(&box, &pressed) != 0) {

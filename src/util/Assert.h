@@ -6,12 +6,12 @@
 void AssertionFailed(const char* expression, bool isAssertion, bool isCode, const char* function,
                      const char* file, long line);
 
-#define VORRA_ASSERTION_(expr, isAssertion, isCode)                                        \
-    do {                                                                                   \
-        if (!(expr)) {                                                                     \
-            ::AssertionFailed(#expr, isAssertion, isCode, __PRETTY_FUNCTION__, __FILE__,   \
-                              __LINE__);                                                   \
-        }                                                                                  \
+#define VORRA_ASSERTION_(expr, isAssertion, isCode)                                      \
+    do {                                                                                 \
+        if (!(expr)) {                                                                   \
+            ::AssertionFailed(#expr, isAssertion, isCode, __PRETTY_FUNCTION__, __FILE__, \
+                              __LINE__);                                                 \
+        }                                                                                \
     } while (false)
 
 // A programmer's contract: throws BadCoderException when broken.

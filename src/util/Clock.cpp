@@ -15,8 +15,12 @@ double Clock::PreciseSeconds() {
     return duration<double>(steady_clock::now() - start).count();
 }
 
-double Clock::Seconds() { return s_source ? s_source() : PreciseSeconds(); }
+double Clock::Seconds() {
+    return s_source ? s_source() : PreciseSeconds();
+}
 
-void Clock::SetSource(Source source) { s_source = source; }
+void Clock::SetSource(Source source) {
+    s_source = source;
+}
 
 }  // namespace util

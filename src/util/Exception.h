@@ -67,5 +67,4 @@ template <class E>
 #define VORRA_LOCATION ::util::MakeLocation(__FILE__, __LINE__, __PRETTY_FUNCTION__)
 
 // Throws an exception of the given type with the throw line in the log.
-#define VORRA_THROW(ExceptionType, message) \
-    ::util::Throw<ExceptionType>((message), VORRA_LOCATION)
+#define VORRA_THROW(ExceptionType, message) ::util::Throw<ExceptionType>((message), VORRA_LOCATION)

@@ -6,13 +6,16 @@
 
 namespace util {
 
-FILEWrapper::FILEWrapper(const String& path, const char* mode) : m_file(std::fopen(path.c_str(), mode)) {
+FILEWrapper::FILEWrapper(const String& path, const char* mode)
+    : m_file(std::fopen(path.c_str(), mode)) {
     if (!m_file) {
         VORRA_THROW(FileReadException, "Failed to open file \"" + path);
     }
 }
 
-FILEWrapper::~FILEWrapper() { std::fclose(m_file); }
+FILEWrapper::~FILEWrapper() {
+    std::fclose(m_file);
+}
 
 void FILEWrapper::Read(void* buffer, size_t size) {
     if (std::fread(buffer, 1, size, m_file) != size) {
@@ -36,6 +39,8 @@ void FILEWrapper::Seek(int offset, int origin) {
     }
 }
 
-long FILEWrapper::Tell() const { return std::ftell(m_file); }
+long FILEWrapper::Tell() const {
+    return std::ftell(m_file);
+}
 
 }  // namespace util

@@ -58,7 +58,9 @@ void FileSystem::SetArgv0(const String& argv0) {
     std::cout << "workdir =  " << m_workDirectory << std::endl;
 }
 
-String FileSystem::WorkDirectoryOrCurrent() { return LastWorkDirectory(); }
+String FileSystem::WorkDirectoryOrCurrent() {
+    return LastWorkDirectory();
+}
 
 bool MatchesWildcard(const String& text, const String& pattern) {
     // Iterative matcher with back-tracking to the last star.

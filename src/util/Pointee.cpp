@@ -25,7 +25,9 @@ struct HandleRegistry {
 
 constinit Immortal<HandleRegistry> s_registry;
 
-HandleRegistry& Registry() { return s_registry.value; }
+HandleRegistry& Registry() {
+    return s_registry.value;
+}
 
 }  // namespace
 
@@ -40,7 +42,9 @@ Pointee::Pointee() : m_handle(new PointeeHandle{this, 0, 0}) {
     ++registry.liveObjects;
 }
 
-Pointee::~Pointee() noexcept(false) { --Registry().liveObjects; }
+Pointee::~Pointee() noexcept(false) {
+    --Registry().liveObjects;
+}
 
 void SweepHandles() {
     HandleRegistry& registry = Registry();
@@ -62,10 +66,18 @@ void SweepHandles() {
     }
 }
 
-size_t LivePointeeCount() { return Registry().liveObjects; }
-size_t PointeeHandleCount() { return Registry().handles.size(); }
-size_t PointeeSweepStart() { return Registry().sweepStart; }
-size_t PointeeLastFullSweepSize() { return Registry().lastFullSweepSize; }
+size_t LivePointeeCount() {
+    return Registry().liveObjects;
+}
+size_t PointeeHandleCount() {
+    return Registry().handles.size();
+}
+size_t PointeeSweepStart() {
+    return Registry().sweepStart;
+}
+size_t PointeeLastFullSweepSize() {
+    return Registry().lastFullSweepSize;
+}
 
 namespace pointee_detail {
 
@@ -75,3 +87,5 @@ void ThrowNullDereference(const char* what, const char* function) {
 
 }  // namespace pointee_detail
 }  // namespace util
+static_assert(sizeof(util::SharedPtr<util::Pointee>) == sizeof(void*),
+              "a strong pointer is one word");

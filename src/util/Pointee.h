@@ -38,7 +38,9 @@ private:
 
 namespace pointee_detail {
 
-inline void AddStrong(PointeeHandle* handle) { ++handle->strong; }
+inline void AddStrong(PointeeHandle* handle) {
+    ++handle->strong;
+}
 
 // Subtract one; at zero, clear the handle first (so weak pointers already read as
 // expired in the destructor), then delete.
@@ -67,9 +69,36 @@ size_t PointeeSweepStart();
 size_t PointeeLastFullSweepSize();
 
 // Intrusive strong pointer: one word, the count lives in the object's handle.
-template <class T>
-class SharedPtr {
+// Checked access shared by the strong pointer and the lock: a null dereference throws
+// the pointer's own message after the throw line.
+template <class Derived, class T>
+class CheckedAccess {
 public:
+    T* operator->() const {
+        Check();
+        return Self().Get();
+    }
+    T& operator*() const {
+        Check();
+        return *Self().Get();
+    }
+    explicit operator bool() const { return Self().Get() != nullptr; }
+
+    void Check() const {
+        if (!Self().Get()) {
+            pointee_detail::ThrowNullDereference(Derived::kNullMessage, __PRETTY_FUNCTION__);
+        }
+    }
+
+private:
+    const Derived& Self() const { return static_cast<const Derived&>(*this); }
+};
+
+template <class T>
+class SharedPtr : public CheckedAccess<SharedPtr<T>, T> {
+public:
+    static constexpr const char* kNullMessage = "Tried to dereference a NULL SharedPtr";
+
     constexpr SharedPtr() = default;
     constexpr SharedPtr(std::nullptr_t) {}
     // Taking a raw pointer takes a reference: "new" followed by wrapping is how objects
@@ -96,22 +125,6 @@ public:
     void Reset() { SharedPtr().swap(*this); }
 
     T* Get() const { return m_object; }
-    T* operator->() const {
-        Check();
-        return m_object;
-    }
-    T& operator*() const {
-        Check();
-        return *m_object;
-    }
-    explicit operator bool() const { return m_object != nullptr; }
-
-    void Check() const {
-        if (!m_object) {
-            pointee_detail::ThrowNullDereference("Tried to dereference a NULL SharedPtr",
-                                                 __PRETTY_FUNCTION__);
-        }
-    }
 
     // Forgets the object without touching its count; only for an object whose
     // construction failed and whose memory is already gone.
@@ -123,9 +136,11 @@ private:
             pointee_detail::AddStrong(static_cast<const Pointee*>(m_object)->GetHandle());
         }
     }
+    // Clears the pointer before the release, so that a singleton reached during its own
+    // static destruction reads as gone (the phoenix check) instead of dangling.
     void Release() {
-        if (m_object) {
-            pointee_detail::ReleaseStrong(static_cast<const Pointee*>(m_object)->GetHandle());
+        if (T* object = std::exchange(m_object, nullptr)) {
+            pointee_detail::ReleaseStrong(static_cast<const Pointee*>(object)->GetHandle());
         }
     }
 
@@ -232,8 +247,10 @@ private:
 // Short-lived guard through which a weak pointer is used. Locking an object that nobody
 // owns yet (strong count zero, as inside its own constructor) never deletes it on release.
 template <class T>
-class LockPtr {
+class LockPtr : public CheckedAccess<LockPtr<T>, T> {
 public:
+    static constexpr const char* kNullMessage = "Tried to dereference a NULL LockPtr";
+
     LockPtr() = default;
     explicit LockPtr(const WeakPtr<T>& weak) {
         T* object = weak.Get();
@@ -253,22 +270,6 @@ public:
     ~LockPtr() { Release(); }
 
     T* Get() const { return m_object; }
-    T* operator->() const {
-        Check();
-        return m_object;
-    }
-    T& operator*() const {
-        Check();
-        return *m_object;
-    }
-    explicit operator bool() const { return m_object != nullptr; }
-
-    void Check() const {
-        if (!m_object) {
-            pointee_detail::ThrowNullDereference("Tried to dereference a NULL LockPtr",
-                                                 __PRETTY_FUNCTION__);
-        }
-    }
 
 private:
     void Release() {

@@ -17,25 +17,26 @@ namespace {
 class SubsystemTest : public ::testing::Test {
 protected:
     void SetUp() override {
+        // The work directory first: the subsystem finds its icon and log file there.
         testing::internal::CaptureStdout();
         util::FileSystem::Get().SetArgv0("core_tests");
-        core::Subsystem::Get();
         testing::internal::GetCapturedStdout();
+        m_subsystem = &core::Subsystem::Get();
         core::WindowParams params;
         params.width = 320;
         params.height = 240;
-        m_subsystem.CreateWindow(params);
-        m_subsystem.SetMaxFPS(100000);  // no sleeping between frames in tests
-        m_subsystem.BeginRun();
+        m_subsystem->CreateWindow(params);
+        m_subsystem->SetMaxFPS(100000);  // no sleeping between frames in tests
+        m_subsystem->BeginRun();
     }
 
     void RunFrames(int n) {
         for (int i = 0; i < n; ++i) {
-            ASSERT_TRUE(m_subsystem.RunFrame());
+            ASSERT_TRUE(m_subsystem->RunFrame());
         }
     }
 
-    core::Subsystem& m_subsystem = core::Subsystem::Get();
+    core::Subsystem* m_subsystem = nullptr;
 };
 
 class Owner : public util::Pointee {};
@@ -51,29 +52,29 @@ std::vector<util::String> ChildNames(const util::Profiler::Node& node) {
 }  // namespace
 
 TEST_F(SubsystemTest, WindowSizesAreClampedAndBecomeTheSettings) {
-    ASSERT_TRUE(m_subsystem.HasWindow());
-    EXPECT_EQ(m_subsystem.GetCurrentWindowParams().width, 320);
-    EXPECT_EQ(m_subsystem.GetCurrentWindowParams().height, 240);
+    ASSERT_TRUE(m_subsystem->HasWindow());
+    EXPECT_EQ(m_subsystem->GetCurrentWindowParams().width, 320);
+    EXPECT_EQ(m_subsystem->GetCurrentWindowParams().height, 240);
 
-    core::WindowParams params = m_subsystem.GetCurrentWindowParams();
+    core::WindowParams params = m_subsystem->GetCurrentWindowParams();
     params.width = 0;
     params.height = 5000;
-    m_subsystem.CreateWindow(params);
+    m_subsystem->CreateWindow(params);
     // Past 4096 and past the desktop, where the desktop's size is known.
     int desktopWidth = 0;
     int desktopHeight = 4096;
     core::Subsystem::GetDesktopSize(desktopWidth, desktopHeight);
     const int expectedHeight = std::min(4096, desktopHeight);
-    EXPECT_EQ(m_subsystem.GetCurrentWindowParams().width, 1);
-    EXPECT_EQ(m_subsystem.GetCurrentWindowParams().height, expectedHeight);
-    EXPECT_EQ(m_subsystem.GetRequestedWindowParams().height, expectedHeight);
+    EXPECT_EQ(m_subsystem->GetCurrentWindowParams().width, 1);
+    EXPECT_EQ(m_subsystem->GetCurrentWindowParams().height, expectedHeight);
+    EXPECT_EQ(m_subsystem->GetRequestedWindowParams().height, expectedHeight);
 
     // A change of the context's settings builds a new window; it must still draw frames.
     params.width = 200;
     params.height = 100;
     params.stencilDepth = 0;
-    m_subsystem.CreateWindow(params);
-    EXPECT_EQ(m_subsystem.GetCurrentWindowParams().stencilDepth, 0);
+    m_subsystem->CreateWindow(params);
+    EXPECT_EQ(m_subsystem->GetCurrentWindowParams().stencilDepth, 0);
     RunFrames(2);
 }
 
@@ -85,8 +86,8 @@ TEST_F(SubsystemTest, ResizeEventRebuildsTheWindowInTheEventsStage) {
     event.window.data2 = 300;
     SDL_PushEvent(&event);
     RunFrames(1);
-    EXPECT_EQ(m_subsystem.GetCurrentWindowParams().width, 400);
-    EXPECT_EQ(m_subsystem.GetCurrentWindowParams().height, 300);
+    EXPECT_EQ(m_subsystem->GetCurrentWindowParams().width, 400);
+    EXPECT_EQ(m_subsystem->GetCurrentWindowParams().height, 300);
 }
 
 TEST_F(SubsystemTest, QuitEventEndsTheLoop) {
@@ -94,29 +95,29 @@ TEST_F(SubsystemTest, QuitEventEndsTheLoop) {
     SDL_Event event{};
     event.type = SDL_QUIT;
     SDL_PushEvent(&event);
-    EXPECT_FALSE(m_subsystem.RunFrame());
-    EXPECT_TRUE(m_subsystem.IsExitRequested());
+    EXPECT_FALSE(m_subsystem->RunFrame());
+    EXPECT_TRUE(m_subsystem->IsExitRequested());
 }
 
 TEST_F(SubsystemTest, ExitCommandEndsRunAtTheNextExitTest) {
     int calls = 0;
     util::SharedPtr<Owner> owner(new Owner());
     // Asked for from inside the frame, as a script command would be.
-    m_subsystem.GetNextFrameCallbacks().Add(util::MakeCallback(owner, [&] {
+    m_subsystem->GetNextFrameCallbacks().Add(util::MakeCallback(owner, [&] {
         ++calls;
-        m_subsystem.RequestExit();
+        m_subsystem->RequestExit();
     }));
-    m_subsystem.Run();  // returns only because of the request
+    m_subsystem->Run();  // returns only because of the request
     EXPECT_EQ(calls, 1);
 }
 
 TEST_F(SubsystemTest, NextFrameCallbacksRunOnce) {
     int calls = 0;
     util::SharedPtr<Owner> owner(new Owner());
-    m_subsystem.GetNextFrameCallbacks().Add(util::MakeCallback(owner, [&] { ++calls; }));
+    m_subsystem->GetNextFrameCallbacks().Add(util::MakeCallback(owner, [&] { ++calls; }));
     RunFrames(3);
     EXPECT_EQ(calls, 1);
-    EXPECT_TRUE(m_subsystem.GetNextFrameCallbacks().empty());
+    EXPECT_TRUE(m_subsystem->GetNextFrameCallbacks().empty());
 }
 
 TEST_F(SubsystemTest, CallbackSetsAreFlushedEveryEleventhFrame) {
@@ -143,17 +144,17 @@ TEST_F(SubsystemTest, EachFrameSweepsTheHandles) {
 }
 
 TEST_F(SubsystemTest, MaxFpsBelowOneBecomesOne) {
-    m_subsystem.SetMaxFPS(0);
+    m_subsystem->SetMaxFPS(0);
     RunFrames(1);  // sleeps the rest of one second
-    EXPECT_EQ(m_subsystem.GetMaxFPS(), 1.0f);
+    EXPECT_EQ(m_subsystem->GetMaxFPS(), 1.0f);
 }
 
 TEST_F(SubsystemTest, StagesAreProfiledInFrameOrder) {
     RunFrames(3);
     const std::vector<util::String> stages = ChildNames(util::Profiler::Get().GetRoot());
-    const std::vector<util::String> expected = {"Events",         "GC",   "Parser::Update",
-                                                "Interp::Update", "GUI::Update", "Draw",
-                                                "SDL_GL_SwapBuffers", "Logger::Update"};
+    const std::vector<util::String> expected = {
+        "Events",      "GC",   "Parser::Update",     "Interp::Update",
+        "GUI::Update", "Draw", "SDL_GL_SwapBuffers", "Logger::Update"};
     std::vector<util::String> seen;
     std::copy_if(stages.begin(), stages.end(), std::back_inserter(seen), [&](const auto& name) {
         return std::find(expected.begin(), expected.end(), name) != expected.end();
@@ -166,5 +167,5 @@ TEST_F(SubsystemTest, StagesAreProfiledInFrameOrder) {
 
 TEST_F(SubsystemTest, FrameRateIsMeasured) {
     RunFrames(5);
-    EXPECT_GT(m_subsystem.GetFramesPerSecond(), 0.0);
+    EXPECT_GT(m_subsystem->GetFramesPerSecond(), 0.0);
 }

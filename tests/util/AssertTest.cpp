@@ -15,9 +15,8 @@ namespace {
 class LogCapture {
 public:
     explicit LogCapture(unsigned mask)
-        : m_sink(new logging::FunctionLogger(mask, [this](const util::String& text) {
-              m_lines.push_back(text);
-          })) {
+        : m_sink(new logging::FunctionLogger(
+              mask, [this](const util::String& text) { m_lines.push_back(text); })) {
         logging::Logger::Get().Add(m_sink);
     }
     ~LogCapture() { logging::Logger::Get().Remove(m_sink); }
@@ -28,10 +27,18 @@ private:
     logging::ILoggerPtr m_sink;
 };
 
-void CodeAssertion(int value) { CODE_ASSERT(value > 3); }
-void DataAssertion(int value) { DATA_ASSERT(value > 3); }
-void CodeCheck(int value) { CODE_CHECK(value > 3); }
-void DataCheck(int value) { DATA_CHECK(value > 3); }
+void CodeAssertion(int value) {
+    CODE_ASSERT(value > 3);
+}
+void DataAssertion(int value) {
+    DATA_ASSERT(value > 3);
+}
+void CodeCheck(int value) {
+    CODE_CHECK(value > 3);
+}
+void DataCheck(int value) {
+    DATA_CHECK(value > 3);
+}
 
 }  // namespace
 
@@ -41,7 +48,8 @@ TEST(Assert, MessageHasTheSystemsFormat) {
         AssertionFailed("x == 1", true, true, "void f()", "src/f.cpp", 12);
         FAIL() << "no throw";
     } catch (const BadCoderException& e) {
-        EXPECT_STREQ(e.what(), "Code assertion failed: \"x == 1\" in function void f() inf src/f.cpp:12");
+        EXPECT_STREQ(e.what(),
+                     "Code assertion failed: \"x == 1\" in function void f() inf src/f.cpp:12");
         EXPECT_EQ(e.Location(), "src/f.cpp:12: void f()");
     }
     ASSERT_EQ(capture.m_lines.size(), 2u);
@@ -83,9 +91,11 @@ TEST(Assert, ThrowMacroLogsOnceWithTheLocation) {
     } catch (const BadDataException& e) {
         EXPECT_STREQ(e.what(), "File \"x.raw\" is corrupt.");
         EXPECT_NE(e.Location().find("AssertTest.cpp:"), std::string::npos);
-        EXPECT_NE(e.Location().find(": virtual void Assert_ThrowMacroLogsOnceWithTheLocation_Test::TestBody()"),
+        EXPECT_NE(e.Location().find(
+                      ": virtual void Assert_ThrowMacroLogsOnceWithTheLocation_Test::TestBody()"),
                   std::string::npos);
     }
     ASSERT_EQ(capture.m_lines.size(), 1u);
-    EXPECT_EQ(capture.m_lines[0].rfind("Exception thrown: File \"x.raw\" is corrupt. from ", 0), 0u);
+    EXPECT_EQ(capture.m_lines[0].rfind("Exception thrown: File \"x.raw\" is corrupt. from ", 0),
+              0u);
 }

@@ -4,6 +4,9 @@
 
 #include <filesystem>
 #include <fstream>
+#include <string>
+
+#include <unistd.h>
 
 #include "logging/FunctionLogger.h"
 #include "logging/Logger.h"
@@ -16,7 +19,9 @@ namespace fs = std::filesystem;
 class FileSystemTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        m_folder = fs::temp_directory_path() / "vorra_filesystem_test";
+        // Unique per process: CTest runs tests side by side.
+        m_folder =
+            fs::temp_directory_path() / ("vorra_filesystem_test_" + std::to_string(::getpid()));
         fs::remove_all(m_folder);
         fs::create_directories(m_folder);
         m_dir = m_folder.string() + "/";
@@ -55,7 +60,8 @@ TEST_F(FileSystemTest, ListsByWildcardAndFailsOnAMissingFolder) {
     Write("c.vra", "");
     Write("cfg", "");
     fs::create_directories(m_folder / "d.cfg");  // folders are not files
-    EXPECT_EQ(m_fileSystem.ListFiles(m_dir, "*.cfg"), (std::vector<util::String>{"a.cfg", "b.cfg"}));
+    EXPECT_EQ(m_fileSystem.ListFiles(m_dir, "*.cfg"),
+              (std::vector<util::String>{"a.cfg", "b.cfg"}));
     EXPECT_EQ(m_fileSystem.ListFiles(m_dir, "?.vra"), std::vector<util::String>{"c.vra"});
     EXPECT_THROW(m_fileSystem.ListFiles(m_dir + "missing/", "*"), fs::filesystem_error);
 

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <cstddef>
+#include <exception>
+#include <utility>
+
+#include "util/Callback.h"
+#include "util/ClassTracker.h"
+#include "util/Exception.h"
+#include "util/ReentrantOrderedSet.h"
+
+namespace util {
+
+// All callback sets are tracked so that the frame can flush dead callbacks out of them.
+class AbstractCallbackSet : public ClassTracker<AbstractCallbackSet> {
+public:
+    ~AbstractCallbackSet() override;
+    // Frees the callbacks whose owners have gone.
+    virtual void Flush() = 0;
+
+protected:
+    // A throwing callback must not stop the ones behind it: it is reported and skipped.
+    static void ReportException(const std::exception& e, const String& location);
+    static void ReportUnknownException(const String& location);
+};
+
+// The one implementation behind CallbackSet and CallbackArgSet<T>. Callbacks may add and
+// remove callbacks (themselves included) while they are being called; such changes take
+// effect once the outermost call of the set is over.
+template <class CallbackType, class... Args>
+class BasicCallbackSet : public AbstractCallbackSet {
+public:
+    using Pointer = SharedPtr<CallbackType>;
+    using Function = typename CallbackType::Function;
+
+    // Adding a present callback moves it to the end.
+    void Add(const Pointer& callback) { m_callbacks.insert(callback); }
+    // Makes a callback of the owner and the function and adds it. Keep the result to
+    // remove it again, or let the owner's death end it.
+    Pointer Add(const WeakPtr<Pointee>& owner, Function function) {
+        Pointer callback(new CallbackType(owner, std::move(function)));
+        Add(callback);
+        return callback;
+    }
+    void Remove(const Pointer& callback) { m_callbacks.erase(callback); }
+    void Clear() { m_callbacks.clear(); }
+
+    // Calls every callback whose owner is alive, in order of addition.
+    void CallAll(Args... args) const {
+        typename ReentrantOrderedSet<Pointer>::WalkGuard guard(m_callbacks);
+        const size_t count = m_callbacks.size();
+        for (size_t i = 0; i < count; ++i) {
+            const Pointer& callback = m_callbacks[i];
+            try {
+                callback.Check();
+                callback->Call(args...);
+            } catch (const std::exception& e) {
+                ReportException(e, VORRA_LOCATION);
+            } catch (...) {
+                ReportUnknownException(VORRA_LOCATION);
+            }
+        }
+    }
+
+    // Not needed for correctness, CallAll skips dead callbacks anyway; this frees them.
+    void Flush() override {
+        m_callbacks.ForEach([this](const Pointer& callback) {
+            if (!callback || callback->IsDead()) {
+                m_callbacks.erase(callback);
+            }
+        });
+    }
+
+    size_t size() const { return m_callbacks.size(); }
+    bool empty() const { return m_callbacks.empty(); }
+    bool Contains(const Pointer& callback) const { return m_callbacks.Contains(callback); }
+    const ReentrantOrderedSet<Pointer>& Callbacks() const { return m_callbacks; }
+
+private:
+    ReentrantOrderedSet<Pointer> m_callbacks;
+};
+
+class CallbackSet : public BasicCallbackSet<Callback> {};
+
+template <class T>
+class CallbackArgSet : public BasicCallbackSet<CallbackArg<T>, T> {};
+
+extern template class BasicCallbackSet<Callback>;
+extern template class BasicCallbackSet<CallbackArg<float>, float>;
+
+}  // namespace util

@@ -1,0 +1,95 @@
+#include "util/StringUtil.h"
+
+#include <cctype>
+#include <cstdarg>
+#include <cstdio>
+#include <locale>
+
+namespace util {
+namespace {
+
+// Compares length bytes of a from offsetA with b from its start.
+bool EqualRangeIgnoreCase(const String& a, size_t offsetA, const String& b, size_t length) {
+    const std::locale locale;
+    for (size_t i = 0; i < length; ++i) {
+        if (std::tolower(a[offsetA + i], locale) != std::tolower(b[i], locale)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+bool StartsWith(const String& text, const String& prefix) {
+    return text.size() >= prefix.size() && text.compare(0, prefix.size(), prefix) == 0;
+}
+
+bool EndsWith(const String& text, const String& suffix) {
+    return text.size() >= suffix.size() &&
+           text.compare(text.size() - suffix.size(), suffix.size(), suffix) == 0;
+}
+
+bool EqualsIgnoreCase(const String& a, const String& b) {
+    return a.size() == b.size() && EqualRangeIgnoreCase(a, 0, b, b.size());
+}
+
+bool StartsWithIgnoreCase(const String& text, const String& prefix) {
+    return text.size() >= prefix.size() && EqualRangeIgnoreCase(text, 0, prefix, prefix.size());
+}
+
+bool EndsWithIgnoreCase(const String& text, const String& suffix) {
+    return text.size() >= suffix.size() &&
+           EqualRangeIgnoreCase(text, text.size() - suffix.size(), suffix, suffix.size());
+}
+
+String ToLower(const String& text) {
+    String result = text;
+    for (char& c : result) {
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    return result;
+}
+
+String ToUpper(const String& text) {
+    String result = text;
+    for (char& c : result) {
+        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    }
+    return result;
+}
+
+String Join(const std::vector<String>& pieces, const String& separator) {
+    String result;
+    for (size_t i = 0; i < pieces.size(); ++i) {
+        if (i != 0) {
+            result += separator;
+        }
+        result += pieces[i];
+    }
+    return result;
+}
+
+std::vector<String> Split(const String& text, char separator) {
+    std::vector<String> pieces;
+    size_t start = 0;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == separator) {
+            pieces.push_back(text.substr(start, i - start));
+            start = i + 1;
+        }
+    }
+    pieces.push_back(text.substr(start));
+    return pieces;
+}
+
+void AppendFormatted(String& out, const char* format, ...) {
+    char piece[256];
+    va_list args;
+    va_start(args, format);
+    std::vsnprintf(piece, sizeof(piece), format, args);
+    va_end(args);
+    out += piece;
+}
+
+}  // namespace util

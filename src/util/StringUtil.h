@@ -1,0 +1,31 @@
+#pragma once
+
+#include <vector>
+
+#include "util/String.h"
+
+namespace util {
+
+bool StartsWith(const String& text, const String& prefix);
+bool EndsWith(const String& text, const String& suffix);
+
+// Case is folded with the global locale, byte by byte.
+bool EqualsIgnoreCase(const String& a, const String& b);
+bool StartsWithIgnoreCase(const String& text, const String& prefix);
+// The file loader compares file extensions this way.
+bool EndsWithIgnoreCase(const String& text, const String& suffix);
+
+// Byte by byte with the C library.
+String ToLower(const String& text);
+String ToUpper(const String& text);
+
+// An empty list gives "".
+String Join(const std::vector<String>& pieces, const String& separator);
+// Splits at every separator. Empty pieces are kept and the rest after the last separator is
+// always added: "a,,b" gives three pieces, "a,b," gives "a", "b" and "", "" gives one "".
+std::vector<String> Split(const String& text, char separator);
+
+// Appends printf-formatted text; one piece is cut at 255 bytes, enough for report lines.
+__attribute__((format(printf, 2, 3))) void AppendFormatted(String& out, const char* format, ...);
+
+}  // namespace util
