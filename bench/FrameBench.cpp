@@ -25,8 +25,8 @@ core::Subsystem& Window() {
     static core::Subsystem* subsystem = [] {
         core::Subsystem& s = core::Subsystem::Get();
         core::WindowParams params;
-        params.width = 640;
-        params.height = 480;
+        params.resolution.x = 640;
+        params.resolution.y = 480;
         s.CreateWindow(params);
         // Never sleep: measure the frame itself. Any finite cap still sleeps a millisecond
         // whenever two frames fall within one tick of the millisecond clock (dt = 0).

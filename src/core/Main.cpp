@@ -9,6 +9,7 @@
 #include "core/Subsystem.h"
 #include "logging/Logger.h"
 #include "os/OS.h"
+#include "script/Parser.h"
 #include "util/FileSystem.h"
 #include "util/Version.h"
 
@@ -48,10 +49,34 @@ core::WindowParams FirstRunWindowParams() {
     int desktopWidth = 0;
     int desktopHeight = 0;
     if (core::Subsystem::GetDesktopSize(desktopWidth, desktopHeight)) {
-        params.width = std::min(params.width, desktopWidth - 64);
-        params.height = std::min(params.height, desktopHeight - 64);
+        params.resolution.x = std::min(params.resolution.x, desktopWidth - 64);
+        params.resolution.y = std::min(params.resolution.y, desktopHeight - 64);
     }
     return params;
+}
+
+// Runs the configuration and makes the window from what it asked for. After a crash the
+// autosave wins over the last clean exit's file; with neither, this is a first run.
+void LoadConfigurationAndCreateWindow(core::Subsystem& subsystem) {
+    util::FileSystem& fileSystem = util::FileSystem::Get();
+    script::Parser& parser = script::Parser::Get();
+    const util::String work = fileSystem.GetWorkDirectory();
+
+    // A missing start-up script is not a failure, so it is not even tried.
+    if (fileSystem.Exists(work + "autoexec.cfg")) {
+        parser.LoadConfig(work + "autoexec.cfg");
+    }
+    if (fileSystem.Exists(work + "config.autosave.cfg")) {
+        Log(logging::Info, "Recovering config.autosave.cfg from previous crash");
+        parser.LoadConfig(work + "config.autosave.cfg");
+        subsystem.CreateWindow(subsystem.GetRequestedWindowParams());
+    } else if (fileSystem.Exists(work + "config.cfg")) {
+        parser.LoadConfig(work + "config.cfg");
+        subsystem.CreateWindow(subsystem.GetRequestedWindowParams());
+    } else {
+        // The application's first-run preparation joins here.
+        subsystem.CreateWindow(FirstRunWindowParams());
+    }
 }
 
 int RunProgram() {
@@ -59,16 +84,14 @@ int RunProgram() {
     core::Subsystem& subsystem = core::Subsystem::Get();
     subsystem.SetCaption(util::GetVersionString() + " - a physics sandbox by the Vorra developers");
 
-    // Reflected objects are published to the script's root here, then the application
-    // root is made and joins the GUI, then the console, App and Scene are published and
-    // the serializer is created.
+    // Resource manager, simulation, fluid and GUI are published after the subsystem as
+    // they join; then the application root is made and joins the GUI, and the console,
+    // App and Scene are published and the serializer is created.
+    script::AddToRoot(&subsystem);
     RenameOldSceneFiles();
     Log(logging::Debug, "Application created");
 
-    // "autoexec.cfg" runs here, and the configuration is chosen between
-    // "config.autosave.cfg", "config.cfg" and a first run, once the script layer exists.
-    // Until then every start is a first run.
-    subsystem.CreateWindow(FirstRunWindowParams());
+    LoadConfigurationAndCreateWindow(subsystem);
 
     if (const GLubyte* extensions = glGetString(GL_EXTENSIONS)) {
         Log(logging::Debug, "Available OpenGL extensions: " +
@@ -80,9 +103,15 @@ int RunProgram() {
     Log(logging::Info, "Running program...");
     subsystem.Run();
 
-    // "config.cfg" is saved and "config.autosave.cfg" deleted here, then the application
-    // saves the scene on exit.
+    Log(logging::Debug, "Subsystem::Run returned, saving config...");
+    const util::String work = util::FileSystem::Get().GetWorkDirectory();
+    script::Parser::Get().SaveConfig(work + "config.cfg");
+    // Its absence at the next start is what marks this exit as normal.
+    util::FileSystem::Get().Remove(work + "config.autosave.cfg");
+    // The application saves the scene on exit here once it exists.
+
     Log(logging::Debug, "Destroying subsystem");
+    script::Parser::Release();
     core::Subsystem::Release();
     Log(logging::Debug, "Returning 0 from main");
     logging::Logger::Release();

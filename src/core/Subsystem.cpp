@@ -12,6 +12,8 @@
 #include "logging/FileLogger.h"
 #include "logging/Logger.h"
 #include "logging/StreamLogger.h"
+#include "script/Parser.h"
+#include "script/ValueConversions.h"
 #include "util/Clock.h"
 #include "util/FileSystem.h"
 #include "util/LexicalCast.h"
@@ -46,8 +48,11 @@ bool SameContextSettings(const WindowParams& a, const WindowParams& b) {
 
 }  // namespace
 
-Subsystem::Subsystem() {
+Subsystem::Subsystem() : script::Reflected("System") {
     // Input listener base with priority 50 joins here with the input layer.
+    AddAttrib(m_minFPS, "minFPS", 10.0f);
+    AddAttrib(m_maxFPS, "maxFPS", 60.0f);
+    AddAttrib(m_vSync, "vSync", &Subsystem::GetVSync, &Subsystem::SetVSync, false);
     m_measuringStart = SdlSeconds();
 
     logging::Logger& logger = logging::Logger::Get();
@@ -64,9 +69,26 @@ Subsystem::Subsystem() {
     // Joysticks start, and this object joins the input listeners, with the input layer.
 
     LoadIcon();
-    // The script face of "System" (exit, time, objectCurrent, objectHandleCurrent,
-    // objectTotal, resizable, fullscreen, resolution, antiAlias, depth, recreateWindow)
-    // is registered here once the script layer exists.
+    RegisterScriptFace();
+}
+
+void Subsystem::RegisterScriptFace() {
+    AddMemberCmd("exit", &Subsystem::RequestExit);
+    AddCommand("time", []() -> script::ObjectPtr { return script::ValueToObject(GetTime()); });
+    AddCommand("objectCurrent", []() -> script::ObjectPtr {
+        return script::ValueToObject(static_cast<int>(util::LivePointeeCount()));
+    });
+    AddCommand("objectHandleCurrent", []() -> script::ObjectPtr {
+        return script::ValueToObject(static_cast<int>(util::PointeeHandleCount()));
+    });
+    // Kept for scripts that read it; nothing counts it.
+    AddCommand("objectTotal", []() -> script::ObjectPtr { return script::ValueToObject(0); });
+    AddAttrib(m_resizable, "resizable", &m_requestedParams.resizable);
+    AddAttrib(m_fullscreen, "fullscreen", &m_requestedParams.fullscreen);
+    AddAttrib(m_resolution, "resolution", &m_requestedParams.resolution);
+    AddAttrib(m_antiAlias, "antiAlias", &m_requestedParams.antiAliasSamples);
+    AddAttrib(m_depth, "depth", &m_requestedParams.colourDepth);
+    AddCommand("recreateWindow", [this]() { CreateWindow(m_requestedParams); });
 }
 
 Subsystem::~Subsystem() {
@@ -123,13 +145,13 @@ void Subsystem::CreateWindow(WindowParams params) {
     Log(logging::Info, "Creating window...");
     // The resource manager releases all graphics resources here once it exists.
 
-    params.width = std::clamp(params.width, 1, kLargestWindowSide);
-    params.height = std::clamp(params.height, 1, kLargestWindowSide);
+    params.resolution.x = std::clamp(params.resolution.x, 1, kLargestWindowSide);
+    params.resolution.y = std::clamp(params.resolution.y, 1, kLargestWindowSide);
     int desktopWidth = 0;
     int desktopHeight = 0;
     if (GetDesktopSize(desktopWidth, desktopHeight)) {
-        params.width = std::min(params.width, desktopWidth);
-        params.height = std::min(params.height, desktopHeight);
+        params.resolution.x = std::min(params.resolution.x, desktopWidth);
+        params.resolution.y = std::min(params.resolution.y, desktopHeight);
     }
 
     Log(logging::Debug, "Setting up SDL");
@@ -166,8 +188,9 @@ void Subsystem::CreateWindow(WindowParams params) {
     const bool freshContext = !m_window || !SameContextSettings(params, m_currentParams);
     if (freshContext) {
         DestroyWindow();
-        m_window = SDL_CreateWindow(m_caption.c_str(), SDL_WINDOWPOS_CENTERED,
-                                    SDL_WINDOWPOS_CENTERED, params.width, params.height, flags);
+        m_window =
+            SDL_CreateWindow(m_caption.c_str(), SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED,
+                             params.resolution.x, params.resolution.y, flags);
         m_glContext = m_window ? SDL_GL_CreateContext(m_window) : nullptr;
         if (!m_glContext) {
             DestroyWindow();
@@ -182,7 +205,7 @@ void Subsystem::CreateWindow(WindowParams params) {
         SDL_SetWindowFullscreen(m_window, params.fullscreen ? SDL_WINDOW_FULLSCREEN : 0);
         SDL_SetWindowResizable(m_window, params.resizable ? SDL_TRUE : SDL_FALSE);
         SDL_SetWindowBordered(m_window, params.framed ? SDL_TRUE : SDL_FALSE);
-        SDL_SetWindowSize(m_window, params.width, params.height);
+        SDL_SetWindowSize(m_window, params.resolution.x, params.resolution.y);
     }
 
     if (freshContext) {
@@ -203,7 +226,7 @@ void Subsystem::CreateWindow(WindowParams params) {
     m_requestedParams = params;
 
     Log(logging::Debug, "Setting viewport");
-    glViewport(0, 0, params.width, params.height);
+    glViewport(0, 0, params.resolution.x, params.resolution.y);
     // The renderer forgets its cached state here once it exists.
 
     Log(logging::Debug, "Checking for alpha framebuffer");
@@ -238,9 +261,10 @@ bool Subsystem::HandleEvent(const SDL_Event& event) {
     }
     if (event.type == SDL_WINDOWEVENT && event.window.event == SDL_WINDOWEVENT_RESIZED) {
         WindowParams params = m_currentParams;
-        params.width = event.window.data1;
-        params.height = event.window.data2;
-        if (params.width != m_currentParams.width || params.height != m_currentParams.height) {
+        params.resolution.x = event.window.data1;
+        params.resolution.y = event.window.data2;
+        if (params.resolution.x != m_currentParams.resolution.x ||
+            params.resolution.y != m_currentParams.resolution.y) {
             CreateWindow(params);
         }
         return true;
@@ -301,8 +325,10 @@ void Subsystem::MeasureFrameRate(double now) {
 }
 
 void Subsystem::CapFrameRate(float dt) {
-    SetMaxFPS(m_maxFPS >= 1 ? m_maxFPS : 1);
-    const float frameTime = 1 / m_maxFPS;
+    // Through the attribute, so that the script sees the clamp.
+    const float maxFPS = GetMaxFPS();
+    SetMaxFPS(maxFPS >= 1 ? maxFPS : 1);
+    const float frameTime = 1 / GetMaxFPS();
     if (dt < frameTime) {
         SDL_Delay(static_cast<Uint32>(std::round((frameTime - dt) * 1000 + 0.5f)));
     }
@@ -322,7 +348,9 @@ void Subsystem::BeginRun() {
         "sleep precision=" + util::LexicalCast<util::String>(sleepPrecision) +
             "ms, timer precision: " + util::LexicalCast<util::String>(timerPrecision) + "ms");
 
-    util::Profiler::Get().ResetCounters();
+    // Scopes opened while starting up (configuration, scripts) are thrown away, so that
+    // the tree holds the frame's own stages.
+    util::Profiler::Get().Reset();
     // The input layer polls once and resets its state here.
     Log(logging::Debug, "Entering game loop");
     m_flushCounter = 0;
@@ -359,8 +387,8 @@ bool Subsystem::RunFrame() {
         util::SweepHandles();
     }
     {
-        // The script parser recalculates all formula attributes in this stage.
         VORRA_PROFILE("Parser::Update");
+        script::Parser::Get().Update();
     }
     const float dt = static_cast<float>(now - m_previous);
     {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "core/WindowParams.h"
+#include "script/Attributes.h"
+#include "script/Reflected.h"
 #include "util/CallbackSet.h"
 #include "util/Singleton.h"
 
@@ -10,10 +12,10 @@ union SDL_Event;
 
 namespace core {
 
-// Owns the window, the OpenGL context and the frame: Run is the program's only loop.
-// (It becomes the script object "System" and an input listener of priority 50 when the
-// script and input layers join.)
-class Subsystem : public util::Pointee, public util::Singleton<Subsystem> {
+// Owns the window, the OpenGL context and the frame: Run is the program's only loop. In
+// the language it is the object "System". (It becomes an input listener of priority 50
+// when the input layer joins.)
+class Subsystem : public script::Reflected, public util::Singleton<Subsystem> {
 public:
     Subsystem();
     ~Subsystem() override;
@@ -37,10 +39,10 @@ public:
     // Quit and resize events; returns whether the event was consumed.
     bool HandleEvent(const SDL_Event& event);
 
-    float GetMinFPS() const { return m_minFPS; }
-    void SetMinFPS(float fps) { m_minFPS = fps; }
-    float GetMaxFPS() const { return m_maxFPS; }
-    void SetMaxFPS(float fps) { m_maxFPS = fps; }
+    float GetMinFPS() const { return m_minFPS->Get(); }
+    void SetMinFPS(float fps) { m_minFPS->SetNative(fps); }
+    float GetMaxFPS() const { return m_maxFPS->Get(); }
+    void SetMaxFPS(float fps) { m_maxFPS->SetNative(fps); }
     // The driver's swap interval is non-zero.
     bool GetVSync() const;
     void SetVSync(bool on);
@@ -66,9 +68,11 @@ private:
     void CapFrameRate(float dt);
     void LoadIcon();
     void DestroyWindow();
+    void RegisterScriptFace();
 
-    float m_minFPS = 10;
-    float m_maxFPS = 60;
+    script::AttribPtr<float> m_minFPS;
+    script::AttribPtr<float> m_maxFPS;
+    script::AttribGetSetPtr<bool> m_vSync;
     bool m_commandsRegistered = false;
     int m_frameCount = 0;
     double m_measuringStart = 0;
@@ -77,6 +81,13 @@ private:
     WindowParams m_currentParams;
     WindowParams m_requestedParams;
     util::CallbackSet m_nextFrameCallbacks;
+
+    // Mirrors of the requested window settings in the script.
+    script::AttribRemotePokerPtr<bool> m_resizable;
+    script::AttribRemotePokerPtr<bool> m_fullscreen;
+    script::AttribRemotePokerPtr<math::TVector2<int>> m_resolution;
+    script::AttribRemotePokerPtr<int> m_antiAlias;
+    script::AttribRemotePokerPtr<int> m_depth;
 
     int m_flushCounter = 0;
     double m_previous = 0;

@@ -15,15 +15,18 @@ void SafeDelete(const T* object) {
     if (!object) {
         return;
     }
-    const String typeName = TypeName(typeid(*object));
+    // The type is taken before the delete, but only made readable on failure: deletes
+    // are frequent, failures rare.
+    const std::type_info& type = typeid(*object);
     try {
         delete object;
     } catch (const std::exception& e) {
         logging::LogCaughtException(e, VORRA_LOCATION);
-        Log(logging::Warning, "Exception caught when deleting a " + typeName + ": " + e.what());
+        Log(logging::Warning,
+            "Exception caught when deleting a " + TypeName(type) + ": " + e.what());
     } catch (...) {
         logging::LogCaughtUnknownException(VORRA_LOCATION);
-        Log(logging::Warning, "Unknown exception caught when deleting a " + typeName);
+        Log(logging::Warning, "Unknown exception caught when deleting a " + TypeName(type));
     }
 }
 

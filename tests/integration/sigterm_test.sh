@@ -4,28 +4,14 @@
 # --unwritable-log the log file cannot be opened: each must only cost itself.
 exe=$1 data=$2 mode=${3:-}
 source "$(dirname "$0")/common.sh"
-if [ -z "${DISPLAY:-}" ]; then
-  exec xvfb-run -a -s "-screen 0 1280x1024x24" bash "$0" "$@"
-fi
+need_display "$@"
 make_work_directory "$exe" "$data"
 [ "$mode" = "--no-icon" ] && rm -f "$work/Vorra.bmp"
 [ "$mode" = "--unwritable-log" ] && mkdir "$work/Logfile.txt"
 log="$work/Logfile.txt"
 [ "$mode" = "--unwritable-log" ] && log="$work/stdout"  # Info lines still reach stdout
 
-"$work/vorra" >"$work/stdout" 2>"$work/stderr" &
-pid=$!
-for _ in $(seq 1 300); do
-  grep -qs "Running program..." "$log" && break
-  kill -0 "$pid" 2>/dev/null || break
-  sleep 0.1
-done
-expect_text "$log" "Running program..."
-sleep 1  # let it run frames
-kill -0 "$pid" 2>/dev/null || fail "the program ended before it was asked to"
-kill -TERM "$pid"
-wait "$pid"
-rc=$?
+run_and_terminate "$log"
 [ "$rc" -eq 0 ] || fail "exit code $rc, expected 0"
 
 expect_text "$work/stdout" "workdir =  $work/"

@@ -1,0 +1,197 @@
+#pragma once
+
+#include <functional>
+#include <utility>
+
+#include "math/Vector2.h"
+#include "math/Vector3.h"
+#include "math/Vector4.h"
+#include "script/Forward.h"
+#include "script/Objects.h"
+#include "script/ValueConversions.h"
+#include "script/Variable.h"
+#include "util/Assert.h"
+#include "util/CallbackSet.h"
+#include "util/ClassTracker.h"
+
+namespace script {
+
+// A typed member of a reflected object: native code reads a plain value, a script sees a
+// variable. The script side may hold a function of no arguments instead of a value; it
+// is then recalculated every frame and the native value follows it.
+class AbstractAttrib : public Variable, public util::ClassTracker<AbstractAttrib> {
+public:
+    AbstractAttrib(const util::String& name, ObjectPtr value);
+    ~AbstractAttrib() override;
+
+    // Replaces the script value and recalculates at once, so that a wrong type fails in
+    // the assignment that caused it.
+    void SetValue(ObjectPtr value) override;
+
+    virtual bool IsDefault() const = 0;
+    // Brings the native value up to date with the script value.
+    virtual void Calc() = 0;
+
+    // Recalculates every attribute; once a frame. A failing attribute is logged and
+    // skipped, so one broken formula neither stops the others nor the program.
+    static void CalcAll();
+
+private:
+    static void CalcGuarded(AbstractAttrib& attribute);
+};
+
+// The interface by type.
+template <class T>
+class TAttrib : public AbstractAttrib {
+public:
+    TAttrib(const util::String& name, const T& def)
+        : AbstractAttrib(name, ValueToObject(def)), m_default(def) {}
+
+    bool IsDefault() const override { return Get() == m_default; }
+
+    void Calc() override {
+        ObjectPtr result = CallIfNoArgs(GetValue());
+        m_lastResult = result;
+        Set(ObjectToValue<T>(std::move(result)));
+    }
+
+    virtual T Get() const = 0;
+    // Fires the on-change callbacks if the value differs; equality is exact.
+    virtual void Set(const T& value) = 0;
+
+    // A write from native code. The script side must follow, or the next Calc would undo
+    // the change; a formula a script put there is replaced.
+    void SetNative(const T& value) {
+        Set(value);
+        SetValue(ValueToObject(Get()));
+    }
+
+    // Called after the native value changed.
+    util::CallbackSet& GetOnChange() { return m_onChange; }
+    const T& GetDefault() const { return m_default; }
+    // What the latest Calc produced, after automatic calling.
+    const ObjectPtr& GetLastResult() const { return m_lastResult; }
+
+protected:
+    void CallOnChange() const { m_onChange.CallAll(); }
+
+private:
+    util::CallbackSet m_onChange;
+    T m_default;
+    ObjectPtr m_lastResult;
+};
+
+// The attribute holds the native value itself.
+template <class T>
+class Attrib : public TAttrib<T> {
+public:
+    Attrib(const util::String& name, const T& def) : TAttrib<T>(name, def), m_value(def) {}
+
+    T Get() const override { return m_value; }
+    void Set(const T& value) override {
+        if (value == m_value) {
+            return;
+        }
+        m_value = value;
+        this->CallOnChange();
+    }
+
+private:
+    T m_value;
+};
+
+// The native value lives behind two function objects. The setter receives the default at
+// construction, without callbacks.
+template <class T>
+class AttribGetSet : public TAttrib<T> {
+public:
+    using Getter = std::function<T()>;
+    using Setter = std::function<void(const T&)>;
+
+    AttribGetSet(const util::String& name, Getter getter, Setter setter, const T& def)
+        : TAttrib<T>(name, def), m_getter(std::move(getter)), m_setter(std::move(setter)) {
+        m_setter(def);
+    }
+
+    T Get() const override { return m_getter(); }
+    void Set(const T& value) override {
+        if (value == Get()) {
+            return;
+        }
+        m_setter(value);
+        this->CallOnChange();
+    }
+
+private:
+    Getter m_getter;
+    Setter m_setter;
+};
+
+// The native value lives in a variable elsewhere that other code changes without telling
+// (a window size). Calc notices such a change and makes the script side follow, without
+// a callback. The variable must outlive the attribute.
+template <class T>
+class AttribRemotePoker : public TAttrib<T> {
+public:
+    AttribRemotePoker(const util::String& name, T* remote)
+        : TAttrib<T>(name, *NotNull(remote)), m_remote(remote), m_lastSeen(*remote) {}
+
+    T Get() const override { return *m_remote; }
+    void Set(const T& value) override {
+        if (value == Get()) {
+            return;
+        }
+        *m_remote = value;
+        m_lastSeen = value;
+        this->CallOnChange();
+    }
+
+    void Calc() override {
+        const T remote = *m_remote;
+        if (remote == m_lastSeen) {
+            TAttrib<T>::Calc();
+            return;
+        }
+        m_lastSeen = remote;
+        Set(remote);
+        this->SetValue(ValueToObject(Get()));
+    }
+
+private:
+    static T* NotNull(T* remote) {
+        CODE_ASSERT(remote);
+        return remote;
+    }
+
+    T* m_remote;
+    T m_lastSeen;
+};
+
+extern template class TAttrib<bool>;
+extern template class TAttrib<float>;
+extern template class TAttrib<int>;
+extern template class TAttrib<unsigned int>;
+extern template class TAttrib<util::String>;
+extern template class TAttrib<math::TVector2<float>>;
+extern template class TAttrib<math::TVector3<float>>;
+extern template class TAttrib<math::TVector4<float>>;
+extern template class TAttrib<math::TVector2<int>>;
+
+extern template class Attrib<bool>;
+extern template class Attrib<float>;
+extern template class Attrib<int>;
+extern template class Attrib<unsigned int>;
+extern template class Attrib<util::String>;
+extern template class Attrib<math::TVector2<float>>;
+extern template class Attrib<math::TVector3<float>>;
+extern template class Attrib<math::TVector4<float>>;
+
+extern template class AttribGetSet<bool>;
+extern template class AttribGetSet<float>;
+extern template class AttribGetSet<math::TVector2<float>>;
+
+extern template class AttribRemotePoker<bool>;
+extern template class AttribRemotePoker<int>;
+extern template class AttribRemotePoker<math::TVector2<int>>;
+
+}  // namespace script

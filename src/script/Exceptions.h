@@ -1,0 +1,25 @@
+#pragma once
+
+#include "util/Exception.h"
+
+namespace script {
+
+// A script ran into a wrong value or a missing object while executing.
+class ScriptException : public BadDataException {
+public:
+    using BadDataException::BadDataException;
+};
+
+// A token list does not form a valid statement or expression.
+class ParseException : public BadDataException {
+public:
+    using BadDataException::BadDataException;
+};
+
+// The text could not be split into tokens (a malformed string literal).
+class TokenException : public BadDataException {
+public:
+    using BadDataException::BadDataException;
+};
+
+}  // namespace script

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include "script/Forward.h"
+#include "script/Token.h"
+#include "util/Singleton.h"
+
+namespace script {
+
+// The process-wide entry to the language: text to tree, tree to value against the root,
+// the per-frame recalculation of attributes, configuration files and console completion.
+//
+// There are no built-in operators. A row of atoms is parsed flat, and only then does the
+// scope say which infix function splits it; a row without one is a chain of calls.
+class Parser : public util::Pointee, public util::Singleton<Parser> {
+public:
+    using ErrorHandler = std::function<void(const util::String&)>;
+
+    Parser();
+    ~Parser() override;
+
+    // Null on failure, after the message went to the error handler.
+    CodeBlockPtr Parse(const util::String& text);
+    CodeBlockPtr Parse(const TokenList& tokens);
+
+    // Evaluates against the root closure, then updates the attributes. A script error
+    // goes to the error handler and gives an error object; it never escapes.
+    ObjectPtr Execute(const ExpressionPtr& tree);
+    ObjectPtr Execute(const util::String& text);
+    ObjectPtr Execute(const TokenList& tokens);
+    // The console's entry: the result as text, empty for nothing or a bad object.
+    util::String ExecuteToString(const util::String& text);
+
+    // Recalculates every attribute; once a frame and after every Execute.
+    void Update();
+
+    // Runs a configuration file. A missing or broken file is logged, never fatal.
+    void LoadConfig(const util::String& path);
+    // Writes the whole tree under the root as script text.
+    void SaveConfig(const util::String& path);
+
+    // Completes the word at the end of the line in place. Returns the candidates when
+    // there are several, else nothing.
+    std::vector<util::String> Complete(util::String& line);
+
+    // Adds to the root scope, for parsing, and to the root closure.
+    void AddInfix(const InfixPtr& infix);
+
+    const ClosurePtr& GetRootClosure() const { return m_rootClosure; }
+    const ScopePtr& GetRootScope() const { return m_rootScope; }
+
+    void SetErrorHandler(ErrorHandler handler) { m_errorHandler = std::move(handler); }
+    void ReportError(const util::String& message) const { m_errorHandler(message); }
+
+    static void ParserAssert(bool condition, const util::String& message);
+
+private:
+    CodeBlockPtr ParseStatements(const ScopePtr& scope, TokenIt& it);
+    template <class BlockType>
+    util::SharedPtr<BlockType> ParseList(const ScopePtr& scope, TokenIt& it, const char* open,
+                                         const char* close);
+    ExpressionPtr ParseExpression(const ScopePtr& scope, TokenIt& it);
+    ExpressionPtr ParseExpression(const ScopePtr& scope, ExpressionList::const_iterator begin,
+                                  ExpressionList::const_iterator end);
+    ExpressionPtr ParseCallChain(ExpressionList::const_iterator begin,
+                                 ExpressionList::const_iterator end);
+    ExpressionPtr ParseInfixCall(const ScopePtr& scope, const InfixPtr& infix,
+                                 ExpressionList::const_iterator begin,
+                                 ExpressionList::const_iterator end);
+    ExpressionPtr ParseInfixDeclaration(const ScopePtr& scope, TokenIt& it);
+    ExpressionPtr ParseFunction(const ScopePtr& scope, TokenIt& it);
+    ExpressionPtr ParseAtom(TokenIt& it);
+    bool IsFunctionAhead(TokenIt it) const;
+
+    bool AtEnd(TokenIt it) const { return it == m_end; }
+    bool IsText(TokenIt it, const char* text) const { return it != m_end && it->text == text; }
+    bool IsCloser(TokenIt it) const;
+    bool IsTerminator(TokenIt it) const;
+    // Requires the token and steps over it.
+    void Expect(TokenIt& it, const char* text, const char* message) const;
+
+    ClosurePtr m_rootClosure;
+    ScopePtr m_rootScope;
+    // The key binder joins here as the object "Keys" with the input layer.
+    ErrorHandler m_errorHandler;
+    TokenIt m_end;
+};
+
+// Makes an object visible under the root of the language.
+void AddToRoot(const ReflectedPtr& object);
+
+}  // namespace script
