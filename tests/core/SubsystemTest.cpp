@@ -7,6 +7,7 @@
 #include <limits>
 #include <vector>
 
+#include "script/Parser.h"
 #include "util/Callback.h"
 #include "util/FileSystem.h"
 #include "util/Profiler.h"
@@ -170,4 +171,51 @@ TEST_F(SubsystemTest, StagesAreProfiledInFrameOrder) {
 TEST_F(SubsystemTest, FrameRateIsMeasured) {
     RunFrames(5);
     EXPECT_GT(m_subsystem->GetFramesPerSecond(), 0.0);
+}
+
+class SystemObjectTest : public SubsystemTest {
+protected:
+    void SetUp() override {
+        SubsystemTest::SetUp();
+        script::AddToRoot(m_subsystem);
+    }
+    util::String Eval(const util::String& text) {
+        return script::Parser::Get().ExecuteToString(text);
+    }
+};
+
+TEST_F(SystemObjectTest, WindowSettingsAreScriptVariables) {
+    // The script mirrors the native settings from the next recalculation on.
+    RunFrames(1);
+    EXPECT_EQ(Eval("System.resolution"), "[320, 240]");
+    Eval("System.resolution = [300, 200]; System.resizable = false");
+    EXPECT_EQ(m_subsystem->GetCurrentWindowParams().resolution.x, 320);  // not yet applied
+    Eval("System.recreateWindow");
+    EXPECT_EQ(m_subsystem->GetCurrentWindowParams().resolution, math::Vec2i(300, 200));
+    EXPECT_FALSE(m_subsystem->GetCurrentWindowParams().resizable);
+    // Read back after the window made it: the clamped size shows.
+    Eval("System.resolution = [0, 200]; System.recreateWindow");
+    EXPECT_EQ(Eval("System.resolution"), "[1, 200]");
+    // A resize by the user shows in the script too.
+    SDL_Event event{};
+    event.type = SDL_WINDOWEVENT;
+    event.window.event = SDL_WINDOWEVENT_RESIZED;
+    event.window.data1 = 410;
+    event.window.data2 = 310;
+    SDL_PushEvent(&event);
+    RunFrames(1);
+    EXPECT_EQ(Eval("System.resolution"), "[410, 310]");
+}
+
+TEST_F(SystemObjectTest, FrameRateAttributesAndFigures) {
+    Eval("System.maxFPS = 0");
+    RunFrames(1);
+    EXPECT_EQ(Eval("System.maxFPS"), "1");
+    EXPECT_EQ(Eval("System.objectTotal"), "0");
+    EXPECT_NE(Eval("System.objectCurrent"), "0");
+    EXPECT_NE(Eval("System.time"), "");
+    Eval("System.minFPS = { 5 * 4 }");
+    EXPECT_EQ(m_subsystem->GetMinFPS(), 20.0f);
+    Eval("System.exit");
+    EXPECT_FALSE(m_subsystem->RunFrame());
 }
