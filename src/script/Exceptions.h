@@ -10,6 +10,13 @@ public:
     using BadDataException::BadDataException;
 };
 
+// Evaluation nested deeper than the native stack allows, as endless recursion does.
+// Statements let it pass on the way up, so that the whole recursion unwinds at once.
+class RecursionException : public ScriptException {
+public:
+    using ScriptException::ScriptException;
+};
+
 // A token list does not form a valid statement or expression.
 class ParseException : public BadDataException {
 public:

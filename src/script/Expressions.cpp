@@ -1,6 +1,8 @@
 #include "script/Expressions.h"
 
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <locale>
 #include <sstream>
@@ -21,6 +23,26 @@ namespace script {
 namespace {
 
 const char* const kIndent = "    ";
+
+// How deeply evaluations nest right now. Every node that evaluates others counts itself,
+// so that a script recursing without end ("f = { f }; f") fails with an exception long
+// before the native stack runs out.
+int s_evaluationDepth = 0;
+constexpr int kMaxEvaluationDepth = 1000000;
+
+class EvaluationDepth {
+public:
+    EvaluationDepth() {
+        if (s_evaluationDepth >= kMaxEvaluationDepth) {
+            VORRA_THROW(RecursionException, "Recursion too deep");
+        }
+        ++s_evaluationDepth;
+        if (getenv("DEPTHLOG") && s_evaluationDepth % 100 == 0) fprintf(stderr, "E %d\n", s_evaluationDepth);
+    }
+    ~EvaluationDepth() { --s_evaluationDepth; }
+    EvaluationDepth(const EvaluationDepth&) = delete;
+    EvaluationDepth& operator=(const EvaluationDepth&) = delete;
+};
 
 // For messages only: an element that cannot print itself must not hide the real failure.
 util::String CodeForMessage(const ExpressionPtr& expression) {
@@ -129,6 +151,7 @@ ClassObjectPtr Identifier::GetOwner(ClosurePtr closure) const {
     if (!m_owner) {
         return closure;
     }
+    const EvaluationDepth depth;
     const ClassObjectPtr owner = util::DynamicPointerCast<ClassObject>(m_owner->Evaluate(closure));
     CODE_ASSERT(owner);
     return owner;
@@ -179,6 +202,7 @@ Assignment::~Assignment() = default;
 
 // The source is evaluated before the target's owner.
 ObjectPtr Assignment::Evaluate(ClosurePtr closure) {
+    const EvaluationDepth depth;
     ObjectPtr value = m_source->Evaluate(closure);
     m_target->SetValue(std::move(closure), value);
     return value;
@@ -200,6 +224,7 @@ FunctionCall::FunctionCall(ExpressionPtr head, CodeBlockPtr tail) {
 FunctionCall::~FunctionCall() = default;
 
 ObjectPtr FunctionCall::Evaluate(ClosurePtr closure) {
+    const EvaluationDepth depth;
     const ObjectPtr head = m_head->Evaluate(closure);
     AbstractFunction* function = dynamic_cast<AbstractFunction*>(head.Get());
     if (!function) {
@@ -331,11 +356,18 @@ ObjectPtr CodeBlock::Evaluate(ClosurePtr closure) {
     if (m_elements.empty()) {
         return ObjectPtr(new Void());
     }
+    const EvaluationDepth depth;
     ObjectPtr result;
     for (const ExpressionPtr& element : m_elements) {
         try {
             result = element->Evaluate(closure);
         } catch (const std::exception& e) {
+            // Caught at every level of a recursion, the statements after the failing one
+            // would each run into the limit again, exponentially often. Only the outermost
+            // block stops it.
+            if (s_evaluationDepth > 1 && dynamic_cast<const RecursionException*>(&e)) {
+                throw;
+            }
             logging::LogCaughtException(e, VORRA_LOCATION);
             Log(logging::Warning,
                 "Failed to evaluate: " + CodeForMessage(element) + ", " + e.what());
@@ -385,6 +417,7 @@ ObjectList CodeBlock::EvaluateElements(const ClosurePtr& closure) const {
 Block::~Block() = default;
 
 ObjectPtr Block::Evaluate(ClosurePtr closure) {
+    const EvaluationDepth depth;
     const ExpressionList& elements = GetElements();
     if (elements.size() == 1) {
         return elements[0]->Evaluate(std::move(closure));
@@ -402,6 +435,7 @@ ListDeclaration::~ListDeclaration() = default;
 
 ObjectPtr ListDeclaration::Evaluate(ClosurePtr closure) {
     VORRA_PROFILE("ListDeclaration::Evaluate");
+    const EvaluationDepth depth;
     return ObjectPtr(new List(EvaluateElements(closure)));
 }
 

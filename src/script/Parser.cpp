@@ -4,6 +4,8 @@
 #include <cctype>
 #include <charconv>
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <limits>
 #include <set>
@@ -74,6 +76,27 @@ bool IsNameStart(char c) {
 const Identifier* AsIdentifier(const ExpressionPtr& expression) {
     return dynamic_cast<const Identifier*>(expression.Get());
 }
+
+// How deeply the expression parsers nest right now. Brackets, long infix rows and an
+// infix function without keywords (which applies to its own argument) all recurse here;
+// the limit keeps that, and the printing and freeing of the tree, off the native stack's
+// end.
+int s_parseDepth = 0;
+constexpr int kMaxParseDepth = 1000000;
+
+class ParseDepth {
+public:
+    ParseDepth() {
+        if (s_parseDepth >= kMaxParseDepth) {
+            VORRA_THROW(ParseException, "Expression nested too deeply");
+        }
+        ++s_parseDepth;
+        if (getenv("DEPTHLOG") && s_parseDepth % 100 == 0) fprintf(stderr, "P %d\n", s_parseDepth);
+    }
+    ~ParseDepth() { --s_parseDepth; }
+    ParseDepth(const ParseDepth&) = delete;
+    ParseDepth& operator=(const ParseDepth&) = delete;
+};
 
 }  // namespace
 
@@ -197,6 +220,7 @@ bool Parser::IsFunctionAhead(TokenIt it) const {
 }
 
 ExpressionPtr Parser::ParseExpression(const ScopePtr& scope, TokenIt& it) {
+    const ParseDepth depth;
     ParserAssert(!AtEnd(it), "Unexpected end of expression");
     if (it->text == "infix") {
         return ParseInfixDeclaration(scope, it);
@@ -263,6 +287,7 @@ ExpressionPtr Parser::ParseExpression(const ScopePtr& scope, ExpressionIt begin,
         return nullptr;
     }
     CODE_ASSERT(begin < end);
+    const ParseDepth depth;
     util::StringSet names;
     for (ExpressionIt it = begin; it != end; ++it) {
         if (const Identifier* identifier = AsIdentifier(*it)) {

@@ -1,5 +1,7 @@
 #include "util/Pointee.h"
 
+#include <cstdlib>
+#include <new>
 #include <stdexcept>
 
 #include "util/Exception.h"
@@ -29,14 +31,57 @@ HandleRegistry& Registry() {
     return s_registry.value;
 }
 
+// Handles are made for every object, down to each script value, and freed by the sweep:
+// they come from blocks of their own with a free list threaded through the unused ones,
+// so neither costs a trip to the general allocator.
+class HandlePool {
+public:
+    PointeeHandle* Allocate() {
+        if (!m_free) {
+            AddBlock();
+        }
+        PointeeHandle* handle = m_free;
+        m_free = reinterpret_cast<PointeeHandle*>(handle->pointee);
+        return handle;
+    }
+
+    void Free(PointeeHandle* handle) {
+        handle->pointee = reinterpret_cast<Pointee*>(m_free);
+        m_free = handle;
+    }
+
+private:
+    static constexpr size_t kBlockSize = 4096;
+
+    void AddBlock() {
+        PointeeHandle* block =
+            static_cast<PointeeHandle*>(std::malloc(kBlockSize * sizeof(PointeeHandle)));
+        if (!block) {
+            throw std::bad_alloc();
+        }
+        m_blocks.push_back(block);  // kept reachable: blocks live as long as the process
+        for (size_t i = 0; i < kBlockSize; ++i) {
+            Free(&block[i]);
+        }
+    }
+
+    PointeeHandle* m_free = nullptr;
+    VectorPOD<PointeeHandle*> m_blocks;
+};
+
+constinit Immortal<HandlePool> s_handlePool;
+
+HandlePool& Handles() { return s_handlePool.value; }
+
 }  // namespace
 
-Pointee::Pointee() : m_handle(new PointeeHandle{this, 0, 0}) {
+Pointee::Pointee() : m_handle(Handles().Allocate()) {
+    *m_handle = PointeeHandle{this, 0, 0};
     HandleRegistry& registry = Registry();
     try {
         registry.handles.push_back(m_handle);
     } catch (...) {
-        delete m_handle;
+        Handles().Free(m_handle);
         throw;
     }
     ++registry.liveObjects;
@@ -54,7 +99,7 @@ void SweepHandles() {
     while (i < handles.size()) {
         PointeeHandle* handle = handles[i];
         if (handle->strong == 0 && handle->weak == 0) {
-            delete handle;
+            Handles().Free(handle);
             handles.erase_unordered(i);
         } else {
             ++i;

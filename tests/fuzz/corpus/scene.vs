@@ -1,0 +1,1 @@
+Scene.addBox { size = [1.0, 2.0]; density = 2.0 }
