@@ -38,10 +38,13 @@ util::String SceneText() {
     util::String text;
     for (int i = 0; i < 5000; ++i) {
         const util::String n = std::to_string(i);
-        text += "Scene.addBox {\n    pos = [" + n + ".25, 2.5];\n    size = [1.0, 2.0];\n"
+        text += "Scene.addBox {\n    pos = [" + n +
+                ".25, 2.5];\n    size = [1.0, 2.0];\n"
                 "    angle = 0.5;\n    density = 2.0;\n    friction = 0.3;\n"
                 "    restitution = 0.125;\n    colour = [0.2, 0.4, 0.6, 1.0];\n"
-                "    name = \"box number " + n + "\";\n    id = " + n + ";\n"
+                "    name = \"box number " +
+                n + "\";\n    id = " + n +
+                ";\n"
                 "    layers = [1, 2, 3]\n};\n";
     }
     return text;
@@ -142,9 +145,9 @@ void BM_Update_FormulaAttributes(benchmark::State& state) {
         util::SweepHandles();  // the frame's own sweep of the values the pass made
     }
     state.counters["attributes"] = count;
-    state.counters["us_per_frame"] = benchmark::Counter(
-        static_cast<double>(state.iterations()) / 1e6,
-        benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+    state.counters["us_per_frame"] =
+        benchmark::Counter(static_cast<double>(state.iterations()) / 1e6,
+                           benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
     parser.GetRootClosure()->RemoveVariable("benchGroup");
     for (const auto& holder : holders) {
         holder->value->SetNative(0);

@@ -5,17 +5,18 @@
 #   SECONDS  how long to fuzz; default 300. 0 only builds.
 #
 #   scripts/fuzz.sh                 build, then fuzz for five minutes
-#   scripts/fuzz.sh 60 -- -dict=x   one minute, with extra options for libFuzzer
+#   scripts/fuzz.sh 60 -- -seed=1   one minute, with extra options for libFuzzer
 #   build-fuzz/script_fuzz build-fuzz/findings/crash-...    replay one finding
 #
 # Builds with clang++ and -fsanitize=fuzzer,address,undefined into build-fuzz/, apart from
 # the CMake build. The corpus grows in build-fuzz/corpus, seeded from tests/fuzz/corpus;
-# crashes, leaks and slow inputs go to build-fuzz/findings. One job, one worker: the
+# crashes and sanitizer reports go to build-fuzz/findings. One job, one worker: the
 # machine is shared. Hangs and out-of-memory inputs are kept in findings but do not stop
 # the run (a script may legitimately do exponential work); crashes do.
 #
-# Environment: CXX (default clang++), JOBS for the build (default 2),
-#   VORRA_FUZZ_STRICT_ROUNDTRIP=1 traps when printed code does not print back the same.
+# Environment: CXX (default clang++), JOBS for the build (default 2). For the target:
+#   VORRA_FUZZ_STRICT_ROUNDTRIP=1  trap when printed code does not print back the same
+#   VORRA_FUZZ_COUNT_LIVE=1        trap when objects outlive their input (reference cycles)
 set -euo pipefail
 
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
@@ -38,29 +39,95 @@ mapfile -t SOURCES < <(find "$ROOT/src/util" "$ROOT/src/math" "$ROOT/src/logging
                             "$ROOT/src/script" -name '*.cpp' | sort)
 SOURCES+=("$ROOT/tests/fuzz/ScriptFuzz.cpp")
 
-# One object per source, rebuilt when the source or any header is newer (headers are
-# few; a header change rebuilds all).
-newest_header="$(find "$ROOT/src" "$ROOT/tests/fuzz" -name '*.h' -printf '%T@\n' | sort -n | tail -1)"
-stale=()
+# One object per source with its dependency list. An object carries the time its compile
+# started, so that a file edited during the build (others work in this tree) makes it
+# stale again; the build repeats until nothing is stale.
+object_of() {
+    local rel="${1#"$ROOT"/}"
+    echo "$OBJ/${rel//\//_}.o"
+}
+is_stale() {
+    local obj
+    obj="$(object_of "$1")"
+    [[ -f "$obj" && -f "$obj.d" ]] || return 0
+    local dep
+    for dep in $(sed -e 's/^[^:]*://' -e 's/\\$//' "$obj.d"); do
+        [[ -f "$dep" && ! "$dep" -nt "$obj" ]] || return 0
+    done
+    return 1
+}
+compile() {
+    local src="$1" obj started
+    obj="$(object_of "$src")"
+    started="$(date +%s.%N)"
+    "$CXX" "${FLAGS[@]}" -MMD -MF "$obj.d" -c "$src" -o "$obj" && touch -d "@$started" "$obj"
+}
+export -f object_of compile
+export CXX OBJ ROOT
+export FLAGS_TEXT="${FLAGS[*]}"
+
 objects=()
 for src in "${SOURCES[@]}"; do
-    rel="${src#"$ROOT"/}"
-    obj="$OBJ/${rel//\//_}.o"
-    objects+=("$obj")
-    if [[ ! -f "$obj" || "$src" -nt "$obj" ]] ||
-       awk -v h="$newest_header" -v o="$(stat -c %Y "$obj")" 'BEGIN { exit !(h > o) }'; then
-        stale+=("$src")
-    fi
+    objects+=("$(object_of "$src")")
 done
-if ((${#stale[@]})); then
+for round in 1 2 3 4 5; do
+    stale=()
+    for src in "${SOURCES[@]}"; do
+        if is_stale "$src"; then
+            stale+=("$src")
+        fi
+    done
+    ((${#stale[@]})) || break
+    if ((round == 5)); then
+        echo "Sources keep changing during the build; try again later." >&2
+        exit 1
+    fi
     echo "Compiling ${#stale[@]} file(s) with $CXX..."
-    export CXX OBJ ROOT
-    printf '%s\n' "${stale[@]}" | xargs -P "$JOBS" -I{} bash -c '
-        src="{}"; rel="${src#"$ROOT"/}"
-        exec "$CXX" '"${FLAGS[*]@Q}"' -c "$src" -o "$OBJ/${rel//\//_}.o"'
-fi
+    printf '%s\n' "${stale[@]}" |
+        xargs -P "$JOBS" -I{} bash -c 'read -ra FLAGS <<< "$FLAGS_TEXT"; compile "$1"' _ {}
+done
 "$CXX" "${FLAGS[@]}" "${objects[@]}" -o "$OUT/script_fuzz"
 echo "Built $OUT/script_fuzz"
+
+# The language's own words and signs, so that mutations speak it sooner.
+cat > "$OUT/script.dict" <<'EOF'
+"infix"
+"left"
+"right"
+"=>"
+"_"
+"="
+";"
+","
+"."
+"("
+")"
+"["
+"]"
+"{"
+"}"
+"\""
+"\\"
+"\\n"
+"//"
+"true"
+"false"
+"+inf"
+"-inf"
+"1.5e3"
+"math"
+"math.add"
+"math.negate"
+"math.sin"
+"math.pi"
+" + "
+" - "
+" * "
+" / "
+"!"
+"(x)=>{"
+"(a, b)=>{"
+EOF
 
 if [[ "$SECONDS_TO_RUN" == 0 ]]; then
     exit 0
@@ -72,4 +139,4 @@ cd "$OUT"
 exec ./script_fuzz corpus "$ROOT/tests/fuzz/corpus" \
     -fork=1 -ignore_timeouts=1 -ignore_ooms=1 \
     -max_total_time="$SECONDS_TO_RUN" -max_len=4096 -timeout=5 -rss_limit_mb=2048 \
-    -artifact_prefix="$OUT/findings/" -print_final_stats=1 "$@"
+    -dict="$OUT/script.dict" -artifact_prefix="$OUT/findings/" -print_final_stats=1 "$@"

@@ -9,7 +9,7 @@
 
 namespace script {
 
-ClassObject::ClassObject() = default;
+ClassObject::ClassObject() : Object(Kind::ClassObject) {}
 
 ClassObject::~ClassObject() = default;
 

@@ -1,8 +1,9 @@
 #include "script/Expressions.h"
 
+#include <algorithm>
+#include "script/ObjectCast.h"
+
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
 #include <exception>
 #include <locale>
 #include <sstream>
@@ -28,7 +29,7 @@ const char* const kIndent = "    ";
 // so that a script recursing without end ("f = { f }; f") fails with an exception long
 // before the native stack runs out.
 int s_evaluationDepth = 0;
-constexpr int kMaxEvaluationDepth = 1000000;
+constexpr int kMaxEvaluationDepth = 1000;
 
 class EvaluationDepth {
 public:
@@ -37,7 +38,6 @@ public:
             VORRA_THROW(RecursionException, "Recursion too deep");
         }
         ++s_evaluationDepth;
-        if (getenv("DEPTHLOG") && s_evaluationDepth % 100 == 0) fprintf(stderr, "E %d\n", s_evaluationDepth);
     }
     ~EvaluationDepth() { --s_evaluationDepth; }
     EvaluationDepth(const EvaluationDepth&) = delete;
@@ -78,7 +78,7 @@ Expression::~Expression() = default;
 // Literals.
 
 template <class T>
-ObjectPtr Literal<T>::Evaluate(ClosurePtr) {
+ObjectPtr Literal<T>::Evaluate(const ClosurePtr&) {
     return ObjectPtr(new Value<T>(m_value));
 }
 
@@ -147,18 +147,18 @@ Identifier::Identifier(ExpressionPtr owner, const util::String& name)
 
 Identifier::~Identifier() = default;
 
-ClassObjectPtr Identifier::GetOwner(ClosurePtr closure) const {
+ClassObjectPtr Identifier::GetOwner(const ClosurePtr& closure) const {
     if (!m_owner) {
         return closure;
     }
     const EvaluationDepth depth;
-    const ClassObjectPtr owner = util::DynamicPointerCast<ClassObject>(m_owner->Evaluate(closure));
+    const ClassObjectPtr owner(AsClassObject(m_owner->Evaluate(closure)));
     CODE_ASSERT(owner);
     return owner;
 }
 
-ObjectPtr Identifier::GetValue(ClosurePtr closure) const {
-    const ClassObjectPtr owner = GetOwner(std::move(closure));
+ObjectPtr Identifier::GetValue(const ClosurePtr& closure) const {
+    const ClassObjectPtr owner = GetOwner(closure);
     const VariablePtr variable = owner->LookupVariable(m_name);
     if (!variable->GetValue()) {
         VORRA_THROW(ScriptException,
@@ -167,8 +167,8 @@ ObjectPtr Identifier::GetValue(ClosurePtr closure) const {
     return variable->GetValue();
 }
 
-void Identifier::SetValue(ClosurePtr closure, ObjectPtr value) const {
-    const ClassObjectPtr owner = GetOwner(std::move(closure));
+void Identifier::SetValue(const ClosurePtr& closure, ObjectPtr value) const {
+    const ClassObjectPtr owner = GetOwner(closure);
     const VariablePtr variable = owner->GetVariable(m_name);
     if (!variable) {
         owner->AddVariable(VariablePtr(new Variable(m_name, std::move(value), false)));
@@ -179,8 +179,8 @@ void Identifier::SetValue(ClosurePtr closure, ObjectPtr value) const {
     }
 }
 
-ObjectPtr Identifier::Evaluate(ClosurePtr closure) {
-    return CallIfNoArgs(GetValue(std::move(closure)));
+ObjectPtr Identifier::Evaluate(const ClosurePtr& closure) {
+    return CallIfNoArgs(GetValue(closure));
 }
 
 util::String Identifier::ToCode() const {
@@ -201,10 +201,10 @@ Assignment::Assignment(IdentifierPtr id, ExpressionPtr ex) {
 Assignment::~Assignment() = default;
 
 // The source is evaluated before the target's owner.
-ObjectPtr Assignment::Evaluate(ClosurePtr closure) {
+ObjectPtr Assignment::Evaluate(const ClosurePtr& closure) {
     const EvaluationDepth depth;
     ObjectPtr value = m_source->Evaluate(closure);
-    m_target->SetValue(std::move(closure), value);
+    m_target->SetValue(closure, value);
     return value;
 }
 
@@ -223,10 +223,10 @@ FunctionCall::FunctionCall(ExpressionPtr head, CodeBlockPtr tail) {
 
 FunctionCall::~FunctionCall() = default;
 
-ObjectPtr FunctionCall::Evaluate(ClosurePtr closure) {
+ObjectPtr FunctionCall::Evaluate(const ClosurePtr& closure) {
     const EvaluationDepth depth;
     const ObjectPtr head = m_head->Evaluate(closure);
-    AbstractFunction* function = dynamic_cast<AbstractFunction*>(head.Get());
+    AbstractFunction* function = AsFunction(head);
     if (!function) {
         VORRA_THROW(ScriptException, "Function call applied to non-function: " + ToCode());
     }
@@ -260,9 +260,12 @@ InfixFunctionCall::InfixFunctionCall(InfixPtr infix, const ExpressionList& args)
 
 InfixFunctionCall::~InfixFunctionCall() = default;
 
-ObjectPtr InfixFunctionCall::Evaluate(ClosurePtr closure) {
-    const ExpressionPtr call(new FunctionCall(m_infix->GetBody(), CodeBlockPtr(new Block(m_args))));
-    return call->Evaluate(std::move(closure));
+ObjectPtr InfixFunctionCall::Evaluate(const ClosurePtr& closure) {
+    // The call of the body with the arguments; trees never change, so it is made once.
+    if (!m_call) {
+        m_call = new FunctionCall(m_infix->GetBody(), CodeBlockPtr(new Block(m_args)));
+    }
+    return m_call->Evaluate(closure);
 }
 
 util::String InfixFunctionCall::ToCode() const {
@@ -298,9 +301,9 @@ FunctionDeclaration::~FunctionDeclaration() = default;
 // The function keeps this declaration for printing, and the closure in hand as its
 // environment. A declaration that nobody holds (one on the stack) must not be shared, or
 // the function would delete it.
-ObjectPtr FunctionDeclaration::Evaluate(ClosurePtr closure) {
+ObjectPtr FunctionDeclaration::Evaluate(const ClosurePtr& closure) {
     const ExpressionPtr declaration = GetHandle()->strong > 0 ? ExpressionPtr(this) : nullptr;
-    return ObjectPtr(new Function(m_names, m_body, std::move(closure), declaration));
+    return ObjectPtr(new Function(m_names, m_body, closure, declaration));
 }
 
 util::String FunctionDeclaration::ToCode() const {
@@ -320,7 +323,7 @@ InfixDeclaration::InfixDeclaration(InfixPtr infix) : m_infix(std::move(infix)) {
 
 InfixDeclaration::~InfixDeclaration() = default;
 
-ObjectPtr InfixDeclaration::Evaluate(ClosurePtr closure) {
+ObjectPtr InfixDeclaration::Evaluate(const ClosurePtr& closure) {
     closure->AddInfix(m_infix);
     return ObjectPtr(new Void());
 }
@@ -352,7 +355,7 @@ CodeBlock::CodeBlock(ExpressionList elements) : m_elements(std::move(elements)) 
 
 CodeBlock::~CodeBlock() = default;
 
-ObjectPtr CodeBlock::Evaluate(ClosurePtr closure) {
+ObjectPtr CodeBlock::Evaluate(const ClosurePtr& closure) {
     if (m_elements.empty()) {
         return ObjectPtr(new Void());
     }
@@ -416,11 +419,11 @@ ObjectList CodeBlock::EvaluateElements(const ClosurePtr& closure) const {
 
 Block::~Block() = default;
 
-ObjectPtr Block::Evaluate(ClosurePtr closure) {
+ObjectPtr Block::Evaluate(const ClosurePtr& closure) {
     const EvaluationDepth depth;
     const ExpressionList& elements = GetElements();
     if (elements.size() == 1) {
-        return elements[0]->Evaluate(std::move(closure));
+        return elements[0]->Evaluate(closure);
     }
     return ObjectPtr(new List(EvaluateElements(closure)));
 }
@@ -433,7 +436,7 @@ util::String Block::ToCode() const {
 
 ListDeclaration::~ListDeclaration() = default;
 
-ObjectPtr ListDeclaration::Evaluate(ClosurePtr closure) {
+ObjectPtr ListDeclaration::Evaluate(const ClosurePtr& closure) {
     VORRA_PROFILE("ListDeclaration::Evaluate");
     const EvaluationDepth depth;
     return ObjectPtr(new List(EvaluateElements(closure)));
@@ -441,6 +444,28 @@ ObjectPtr ListDeclaration::Evaluate(ClosurePtr closure) {
 
 util::String ListDeclaration::ToCode() const {
     return "[" + ToCode(", ") + "]";
+}
+
+bool Identifier::WritesToScope() const {
+    return m_owner && m_owner->WritesToScope();
+}
+
+bool FunctionCall::WritesToScope() const {
+    return m_head->WritesToScope() || m_tail->WritesToScope();
+}
+
+bool InfixFunctionCall::WritesToScope() const {
+    // The body runs in the closure of the call, like the arguments.
+    if (m_infix->GetBody() && m_infix->GetBody()->WritesToScope()) {
+        return true;
+    }
+    return std::any_of(m_args.begin(), m_args.end(),
+                       [](const ExpressionPtr& arg) { return arg && arg->WritesToScope(); });
+}
+
+bool CodeBlock::WritesToScope() const {
+    return std::any_of(m_elements.begin(), m_elements.end(),
+                       [](const ExpressionPtr& e) { return e && e->WritesToScope(); });
 }
 
 }  // namespace script

@@ -14,8 +14,12 @@ class Expression : public util::Pointee {
 public:
     ~Expression() override;
 
-    virtual ObjectPtr Evaluate(ClosurePtr closure) = 0;
+    virtual ObjectPtr Evaluate(const ClosurePtr& closure) = 0;
     virtual util::String ToCode() const = 0;
+    // Whether evaluating it can create or change names in the closure it runs in
+    // (assignments and declarations). A call of a function whose body cannot needs no
+    // closure of its own.
+    virtual bool WritesToScope() const { return false; }
 };
 
 // A constant of one of the four value types: bool, int, double, util::String.
@@ -26,7 +30,7 @@ public:
 
     const T& GetValue() const { return m_value; }
 
-    ObjectPtr Evaluate(ClosurePtr closure) override;
+    ObjectPtr Evaluate(const ClosurePtr& closure) override;
     util::String ToCode() const override;
 
 private:
@@ -59,15 +63,16 @@ public:
     const ExpressionPtr& GetOwnerExpression() const { return m_owner; }
 
     // The closure itself without an owner expression, otherwise the object it evaluates to.
-    ClassObjectPtr GetOwner(ClosurePtr closure) const;
+    ClassObjectPtr GetOwner(const ClosurePtr& closure) const;
     // Walks up from the owner; throws if the name is nowhere.
-    ObjectPtr GetValue(ClosurePtr closure) const;
+    ObjectPtr GetValue(const ClosurePtr& closure) const;
     // Writes into the owner only: a plain name assigned in a function becomes local.
-    void SetValue(ClosurePtr closure, ObjectPtr value) const;
+    void SetValue(const ClosurePtr& closure, ObjectPtr value) const;
 
     // Reading a name runs a function of no arguments.
-    ObjectPtr Evaluate(ClosurePtr closure) override;
+    ObjectPtr Evaluate(const ClosurePtr& closure) override;
     util::String ToCode() const override;
+    bool WritesToScope() const override;
 
 private:
     ExpressionPtr m_owner;
@@ -83,8 +88,9 @@ public:
     const ExpressionPtr& GetSource() const { return m_source; }
 
     // The assigned value is the result.
-    ObjectPtr Evaluate(ClosurePtr closure) override;
+    ObjectPtr Evaluate(const ClosurePtr& closure) override;
     util::String ToCode() const override;
+    bool WritesToScope() const override { return true; }
 
 private:
     IdentifierPtr m_target;
@@ -100,8 +106,9 @@ public:
     const ExpressionPtr& GetHead() const { return m_head; }
     const CodeBlockPtr& GetTail() const { return m_tail; }
 
-    ObjectPtr Evaluate(ClosurePtr closure) override;
+    ObjectPtr Evaluate(const ClosurePtr& closure) override;
     util::String ToCode() const override;
+    bool WritesToScope() const override;
 
 private:
     ExpressionPtr m_head;
@@ -118,12 +125,14 @@ public:
     const ExpressionList& GetArgs() const { return m_args; }
 
     // The body is evaluated in the closure of the call, not of the declaration.
-    ObjectPtr Evaluate(ClosurePtr closure) override;
+    ObjectPtr Evaluate(const ClosurePtr& closure) override;
     util::String ToCode() const override;
+    bool WritesToScope() const override;
 
 private:
     InfixPtr m_infix;
     ExpressionList m_args;
+    ExpressionPtr m_call;
 };
 
 // "(a, b)=>{...}" or "{...}": evaluates to a new function bound to the closure in hand.
@@ -135,8 +144,9 @@ public:
     const std::vector<util::String>& GetNames() const { return m_names; }
     const CodeBlockPtr& GetBody() const { return m_body; }
 
-    ObjectPtr Evaluate(ClosurePtr closure) override;
+    ObjectPtr Evaluate(const ClosurePtr& closure) override;
     util::String ToCode() const override;
+    bool WritesToScope() const override { return true; }
 
 private:
     std::vector<util::String> m_names;
@@ -152,8 +162,9 @@ public:
 
     const InfixPtr& GetInfix() const { return m_infix; }
 
-    ObjectPtr Evaluate(ClosurePtr closure) override;
+    ObjectPtr Evaluate(const ClosurePtr& closure) override;
     util::String ToCode() const override;
+    bool WritesToScope() const override { return true; }
 
 private:
     InfixPtr m_infix;
@@ -171,8 +182,9 @@ public:
     const ExpressionList& GetElements() const { return m_elements; }
 
     // The value of the last statement, void when there is none.
-    ObjectPtr Evaluate(ClosurePtr closure) override;
+    ObjectPtr Evaluate(const ClosurePtr& closure) override;
     util::String ToCode() const override;
+    bool WritesToScope() const override;
     // The elements' code joined by the separator. An element that fails to print is
     // logged and left out.
     util::String ToCode(const util::String& separator) const;
@@ -193,7 +205,7 @@ public:
     using CodeBlock::ToCode;
     ~Block() override;
 
-    ObjectPtr Evaluate(ClosurePtr closure) override;
+    ObjectPtr Evaluate(const ClosurePtr& closure) override;
     util::String ToCode() const override;
 };
 
@@ -204,7 +216,7 @@ public:
     using CodeBlock::ToCode;
     ~ListDeclaration() override;
 
-    ObjectPtr Evaluate(ClosurePtr closure) override;
+    ObjectPtr Evaluate(const ClosurePtr& closure) override;
     util::String ToCode() const override;
 };
 

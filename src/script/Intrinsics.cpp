@@ -1,4 +1,5 @@
 #include "script/Intrinsics.h"
+#include "script/ObjectCast.h"
 
 #include <cmath>
 #include <functional>
@@ -19,11 +20,7 @@ using Operation = ObjectPtr (*)(const ObjectPtr&, const ObjectPtr&);
 
 template <class T>
 const Value<T>* As(const ObjectPtr& object) {
-    return dynamic_cast<const Value<T>*>(object.Get());
-}
-
-const List* AsList(const ObjectPtr& object) {
-    return dynamic_cast<const List*>(object.Get());
+    return AsValue<T>(object);
 }
 
 util::String Describe(const ObjectPtr& object) {

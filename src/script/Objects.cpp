@@ -1,4 +1,5 @@
 #include "script/Objects.h"
+#include "script/ObjectCast.h"
 
 #include <cmath>
 #include <locale>
@@ -74,15 +75,18 @@ template class Value<util::String>;
 
 // AbstractFunction.
 
-AbstractFunction::AbstractFunction() = default;
+AbstractFunction::AbstractFunction() : Object(Kind::Function) {}
 
-AbstractFunction::AbstractFunction(ClosurePtr closure) : m_closure(std::move(closure)) {}
+AbstractFunction::AbstractFunction(Kind kind) : Object(kind) {}
+
+AbstractFunction::AbstractFunction(ClosurePtr closure)
+    : Object(Kind::Function), m_closure(std::move(closure)) {}
 
 AbstractFunction::~AbstractFunction() = default;
 
 // List.
 
-List::List(ObjectList elements) : m_elements(std::move(elements)) {}
+List::List(ObjectList elements) : AbstractFunction(Kind::List), m_elements(std::move(elements)) {}
 
 List::~List() = default;
 
@@ -123,7 +127,8 @@ Function::Function(std::vector<util::String> names, CodeBlockPtr body, ClosurePt
     : AbstractFunction(std::move(closure)),
       m_names(std::move(names)),
       m_body(std::move(body)),
-      m_declaration(std::move(declaration)) {}
+      m_declaration(std::move(declaration)),
+      m_needsCallClosure(!m_names.empty() || !m_body || m_body->WritesToScope()) {}
 
 Function::~Function() = default;
 
@@ -131,6 +136,11 @@ ObjectPtr Function::Call(const ObjectList& args) {
     VORRA_PROFILE("Function::Call");
     if (args.size() != m_names.size()) {
         VORRA_THROW(ScriptException, "Wrong number of arguments to function");
+    }
+    // A call without arguments whose body writes no name would only add an empty level
+    // to the lookup: formulas, evaluated every frame, run straight in their closure.
+    if (!m_needsCallClosure && m_closure) {
+        return m_body->Evaluate(m_closure);
     }
     // The closure's name holds this function's code; it is printed only if someone asks.
     const ClosurePtr closure = Closure::MakeCallClosure(m_closure, ToExpression());
@@ -204,7 +214,7 @@ util::String ErrorObject::ToString() const {
 }
 
 ObjectPtr CallIfNoArgs(ObjectPtr object) {
-    AbstractFunction* function = dynamic_cast<AbstractFunction*>(object.Get());
+    AbstractFunction* function = AsFunction(object);
     if (function && function->GetArgCount() == 0) {
         return function->Call(ObjectList());
     }

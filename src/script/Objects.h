@@ -12,8 +12,23 @@ namespace script {
 // the tree of named objects; it is weak, the holder's variable keeps the value alive.
 class Object : public util::Pointee {
 public:
+    // What the object is, for the casts on the hot paths of evaluation (see ObjectCast.h):
+    // there a dynamic_cast would cost more than the operation itself.
+    enum class Kind : unsigned char {
+        Other,
+        Bool,
+        Int,
+        Double,
+        String,
+        List,
+        Function,
+        ClassObject
+    };
+
     Object();
     ~Object() override;
+
+    Kind GetKind() const { return m_kind; }
 
     // An expression that evaluates to an equal value, or null when the object cannot be
     // written down (commands, void): a variable holding one is left out of a save.
@@ -24,16 +39,40 @@ public:
 
     const ClassObjectWeakPtr& GetOwner() const { return m_owner; }
 
+protected:
+    explicit Object(Kind kind) : m_kind(kind) {}
+
 private:
     ClassObjectWeakPtr m_owner;
+    Kind m_kind = Kind::Other;
 };
+
+// The kind of each plain value type.
+template <class T>
+constexpr Object::Kind ValueKind();
+template <>
+constexpr Object::Kind ValueKind<bool>() {
+    return Object::Kind::Bool;
+}
+template <>
+constexpr Object::Kind ValueKind<int>() {
+    return Object::Kind::Int;
+}
+template <>
+constexpr Object::Kind ValueKind<double>() {
+    return Object::Kind::Double;
+}
+template <>
+constexpr Object::Kind ValueKind<util::String>() {
+    return Object::Kind::String;
+}
 
 // A plain value: bool, int, double or util::String.
 template <class T>
 class Value : public Object {
 public:
-    explicit Value(const T& value) : m_value(value) {}
-    explicit Value(T&& value) : m_value(std::move(value)) {}
+    explicit Value(const T& value) : Object(ValueKind<T>()), m_value(value) {}
+    explicit Value(T&& value) : Object(ValueKind<T>()), m_value(std::move(value)) {}
 
     const T& GetValue() const { return m_value; }
 
@@ -73,6 +112,9 @@ public:
     const ClosurePtr& GetClosure() const { return m_closure; }
 
 protected:
+    // For lists, which are functions of their index.
+    explicit AbstractFunction(Kind kind);
+
     ClosurePtr m_closure;
 };
 
@@ -120,6 +162,7 @@ private:
     CodeBlockPtr m_body;
     ClosurePtr m_lastCall;
     ExpressionPtr m_declaration;
+    bool m_needsCallClosure;
 };
 
 // A command of the program. The arity is fixed by the class; a wrong number of arguments

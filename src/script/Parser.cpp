@@ -4,8 +4,6 @@
 #include <cctype>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <limits>
 #include <set>
@@ -82,7 +80,7 @@ const Identifier* AsIdentifier(const ExpressionPtr& expression) {
 // the limit keeps that, and the printing and freeing of the tree, off the native stack's
 // end.
 int s_parseDepth = 0;
-constexpr int kMaxParseDepth = 1000000;
+constexpr int kMaxParseDepth = 500;
 
 class ParseDepth {
 public:
@@ -91,7 +89,6 @@ public:
             VORRA_THROW(ParseException, "Expression nested too deeply");
         }
         ++s_parseDepth;
-        if (getenv("DEPTHLOG") && s_parseDepth % 100 == 0) fprintf(stderr, "P %d\n", s_parseDepth);
     }
     ~ParseDepth() { --s_parseDepth; }
     ParseDepth(const ParseDepth&) = delete;

@@ -1,4 +1,5 @@
 #include "script/ValueConversions.h"
+#include "script/ObjectCast.h"
 
 #include <algorithm>
 
@@ -7,18 +8,7 @@
 #include "util/Exception.h"
 
 namespace script {
-namespace {
-
-template <class T>
-const Value<T>* AsValue(const ObjectPtr& object) {
-    return dynamic_cast<const Value<T>*>(object.Get());
-}
-
-const List* AsList(const ObjectPtr& object) {
-    return dynamic_cast<const List*>(object.Get());
-}
-
-}  // namespace
+namespace {}  // namespace
 
 namespace conversion_detail {
 

@@ -71,7 +71,9 @@ private:
 
 constinit Immortal<HandlePool> s_handlePool;
 
-HandlePool& Handles() { return s_handlePool.value; }
+HandlePool& Handles() {
+    return s_handlePool.value;
+}
 
 }  // namespace
 

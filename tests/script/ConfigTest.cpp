@@ -159,8 +159,8 @@ TEST_F(ConfigTest, CompletionFollowsPathsAndCase) {
     }
     line = m_name + ".";
     candidates = m_parser.Complete(line);
-    EXPECT_EQ(candidates, (std::vector<util::String>{"count", "gravity", "reset", "size", "title",
-                                                     "visible"}));
+    EXPECT_EQ(candidates,
+              (std::vector<util::String>{"count", "gravity", "reset", "size", "title", "visible"}));
     line = m_name + ".T";
     m_parser.Complete(line);
     EXPECT_EQ(line, m_name + ".title");
