@@ -114,7 +114,7 @@ void BM_SceneText_Execute(benchmark::State& state) {
 }
 BENCHMARK(BM_SceneText_Execute)->Unit(benchmark::kMillisecond);
 
-// Objects holding attributes whose script side is a formula over a global input.
+// Objects holding attributes whose script side may be a formula.
 class Holder : public script::Reflected {
 public:
     explicit Holder(int index) : script::Reflected("Holder" + std::to_string(index)) {
@@ -123,7 +123,8 @@ public:
     script::AttribPtr<float> value;
 };
 
-void BM_Update_FormulaAttributes(benchmark::State& state) {
+// Every attribute holds the same formula over a global input, evaluated in the root.
+void UpdateWithFormula(benchmark::State& state, const char* formulaText) {
     script::Parser& parser = QuietParser();
     const int count = static_cast<int>(state.range(0));
     script::ClosurePtr group(new script::Closure("[bench]", nullptr));
@@ -133,9 +134,8 @@ void BM_Update_FormulaAttributes(benchmark::State& state) {
         holders.emplace_back(new Holder(i));
         group->AddReflected(holders.back());
     }
-    // One formula per attribute, evaluated in the root: { (input * 2) + 1 }.
     parser.Execute("input = 1.5");
-    const script::CodeBlockPtr formula = parser.Parse("{ (input * 2) + 1 }");
+    const script::CodeBlockPtr formula = parser.Parse(formulaText);
     const script::ObjectPtr function = formula->Evaluate(parser.GetRootClosure());
     for (const auto& holder : holders) {
         holder->value->SetValue(function);
@@ -153,7 +153,16 @@ void BM_Update_FormulaAttributes(benchmark::State& state) {
         holder->value->SetNative(0);
     }
 }
-BENCHMARK(BM_Update_FormulaAttributes)->Arg(10000)->Unit(benchmark::kMicrosecond);
+
+void BM_Update_FormulaOneOperation(benchmark::State& state) {
+    UpdateWithFormula(state, "{ input * 2 }");
+}
+BENCHMARK(BM_Update_FormulaOneOperation)->Arg(10000)->Unit(benchmark::kMicrosecond);
+
+void BM_Update_FormulaTwoOperations(benchmark::State& state) {
+    UpdateWithFormula(state, "{ (input * 2) + 1 }");
+}
+BENCHMARK(BM_Update_FormulaTwoOperations)->Arg(10000)->Unit(benchmark::kMicrosecond);
 
 // The same attributes holding plain values: the floor of the pass.
 void BM_Update_PlainAttributes(benchmark::State& state) {
