@@ -9,9 +9,13 @@
 
 namespace script {
 
-ClassObject::ClassObject() : Object(Kind::ClassObject) {}
+ClassObject::ClassObject() : Object(Kind::ClassObject) {
+    BindingsChanged();
+}
 
-ClassObject::~ClassObject() = default;
+ClassObject::~ClassObject() {
+    BindingsChanged();
+}
 
 bool ClassObject::HasVariable(const util::String& name) const {
     return m_variables.find(name) != m_variables.end();
@@ -52,6 +56,7 @@ void ClassObject::AddVariable(VariablePtr var) {
         ::AssertionFailed("!HasVariable(var->GetName())", true, true, __PRETTY_FUNCTION__, __FILE__,
                           __LINE__);
     }
+    BindingsChanged();
     it->second->SetOwner(ClassObjectWeakPtr(this));
 }
 
@@ -67,6 +72,7 @@ void ClassObject::RemoveVariable(const util::String& name) {
     // Keep the variable alive while its owner is cleared.
     const VariablePtr variable = it->second;
     m_variables.erase(it);
+    BindingsChanged();
     if (variable->GetOwner().Get() == this) {
         variable->SetOwner(nullptr);
     }
@@ -133,6 +139,7 @@ void ClassObject::SetOwner(ClassObjectWeakPtr owner) {
         }
     }
     Object::SetOwner(std::move(owner));
+    BindingsChanged();
 }
 
 }  // namespace script

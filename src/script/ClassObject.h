@@ -53,7 +53,15 @@ public:
     // object may always be cleared.
     void SetOwner(ClassObjectWeakPtr owner) override;
 
+    // Counts every change of what a name can resolve to anywhere: variables added or
+    // removed, owners changed, class objects made or gone. Lookups cached by identifiers
+    // stay valid while it stands still, as it does from frame to frame.
+    static unsigned long long BindingVersion() { return s_bindingVersion; }
+
 private:
+    static void BindingsChanged() { ++s_bindingVersion; }
+    static inline unsigned long long s_bindingVersion = 0;
+
     VariableMap m_variables;
 };
 

@@ -159,7 +159,12 @@ ClassObjectPtr Identifier::GetOwner(const ClosurePtr& closure) const {
 
 ObjectPtr Identifier::GetValue(const ClosurePtr& closure) const {
     const ClassObjectPtr owner = GetOwner(closure);
-    const VariablePtr variable = owner->LookupVariable(m_name);
+    // The same owner and no binding changed anywhere: the same variable as last time.
+    const Variable* variable = m_lookup.variable;
+    if (owner.Get() != m_lookup.owner || ClassObject::BindingVersion() != m_lookup.version) {
+        variable = owner->LookupVariable(m_name).Get();
+        m_lookup = {owner.Get(), variable, ClassObject::BindingVersion()};
+    }
     if (!variable->GetValue()) {
         VORRA_THROW(ScriptException,
                     "Cannot find identifier " + m_name + " in " + owner->ToString());

@@ -75,8 +75,16 @@ public:
     bool WritesToScope() const override;
 
 private:
+    // The last lookup; see ClassObject::BindingVersion.
+    struct Lookup {
+        const ClassObject* owner = nullptr;
+        const Variable* variable = nullptr;
+        unsigned long long version = 0;
+    };
+
     ExpressionPtr m_owner;
     util::String m_name;
+    mutable Lookup m_lookup;
 };
 
 class Assignment : public Expression {

@@ -1,4 +1,5 @@
 #include "ScriptFixture.h"
+#include "script/Closure.h"
 
 TEST_F(ScriptTest, VariablesAndLocalAssignment) {
     EXPECT_EQ(Eval("lx = 1; lx"), "1");
@@ -83,4 +84,19 @@ TEST_F(ScriptTest, Arithmetic) {
         EXPECT_EQ(Eval(text), "") << text;
         EXPECT_TRUE(WarnedWith(message)) << text;
     }
+}
+
+TEST_F(ScriptTest, NamesResolveAfreshWhenBindingsChange) {
+    // A name first found in the root is shadowed by a later local of the same name.
+    EXPECT_EQ(Eval("shadow = 1; outer = (p)=>{ reader = { shadow }; r1 = reader; shadow = 2; "
+                   "r2 = reader; [r1, r2] }; outer 0"),
+              "[1, 2]");
+    // The same expression evaluated in different closures finds each closure's own name.
+    EXPECT_EQ(Eval("show = (v)=>{ { v } }; s1 = show 1; s2 = show 2; [s1, s2]"), "[1, 2]");
+    // A removed name is gone, and a new one of the same name is found.
+    EXPECT_EQ(Eval("gone = 3; readGone = { gone }; readGone"), "3");
+    m_parser.GetRootClosure()->RemoveVariable("gone");
+    Eval("readGone");
+    EXPECT_TRUE(WarnedWith("gone not found in scope"));
+    EXPECT_EQ(Eval("gone = 4; readGone"), "4");
 }
