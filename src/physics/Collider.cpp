@@ -1,0 +1,586 @@
+#include "physics/Collider.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "logging/Log.h"
+#include "math/MathUtil.h"
+#include "physics/Body.h"
+#include "physics/Contact.h"
+#include "physics/OBBOverlap.h"
+#include "physics/Polygon.h"
+#include "physics/Shapes.h"
+#include "util/Profiler.h"
+
+namespace physics {
+namespace {
+
+using math::Vec2;
+
+math::BoundingBox2f BoxOfCircle(const Vec2& centre, float radius) {
+    math::BoundingBox2f box;
+    box.Add(centre - Vec2(radius, radius));
+    box.Add(centre + Vec2(radius, radius));
+    return box;
+}
+
+math::BoundingBox2f BoxOfOBB(const math::OBB2D& obb) {
+    Vec2 corners[4];
+    obb.GetCorners(corners);
+    math::BoundingBox2f box;
+    for (const Vec2& corner : corners) {
+        box.Add(corner);
+    }
+    return box;
+}
+
+// Where a polygon can touch anything: its bounding circle (the polygon pairs' first test)
+// and the box of its distance map, outside of which its distance is that of its tight box
+// and so positive. The map grows the tight box by two cells of at least 0.1.
+math::BoundingBox2f BoundsOfPolygon(const Polygon& polygon) {
+    const BoundingCircle circle = polygon.GetBoundingCircle();
+    math::BoundingBox2f box = BoxOfCircle(circle.centre, circle.radius);
+    math::OBB2D map = polygon.GetOBB();
+    map.halfExtents.x += 2 * std::max(2 * map.halfExtents.x / 128, 0.1f);
+    map.halfExtents.y += 2 * std::max(2 * map.halfExtents.y / 128, 0.1f);
+    const math::BoundingBox2f mapBox = BoxOfOBB(map);
+    box.Add(mapBox.min);
+    box.Add(mapBox.max);
+    return box;
+}
+
+bool Overlap(const math::BoundingBox2f& a, const math::BoundingBox2f& b) {
+    return a.min.x <= b.max.x && b.min.x <= a.max.x && a.min.y <= b.max.y && b.min.y <= a.max.y;
+}
+
+// Corners in the order the contacts number them.
+void BoxCorners(const math::OBB2D& o, Vec2 corners[4]) {
+    const Vec2 u = o.axis1 * o.halfExtents.x;
+    const Vec2 v = o.axis2 * o.halfExtents.y;
+    corners[0] = o.centre + u + v;
+    corners[1] = o.centre + u - v;
+    corners[2] = o.centre - u - v;
+    corners[3] = o.centre - u + v;
+}
+
+float Extent(const math::OBB2D& o, const Vec2& axis) {
+    return o.halfExtents.x * std::fabs(Dot(o.axis1, axis)) +
+           o.halfExtents.y * std::fabs(Dot(o.axis2, axis));
+}
+
+// Vertices of one shape against the distance field of the other, with a running index.
+void VerticesAgainstField(std::vector<ContactPtr>& contacts, const Vec2* vertices, size_t count,
+                          Geom* field, Geom* owner, size_t& index) {
+    for (size_t i = 0; i < count; ++i) {
+        const Vec2& v = vertices[i];
+        ++index;
+        const float d = field->Dist(v);
+        if (d < 0) {
+            Collider::AddContact(contacts, field, owner, index - 1, v, field->Normal(v), -d);
+        }
+    }
+}
+
+}  // namespace
+
+void Collider::AddContact(std::vector<ContactPtr>& contacts, Geom* a, Geom* b, size_t index,
+                          const Vec2& point, const Vec2& normal, float depth) {
+    if (!math::IsFinite(point) || !math::IsFinite(normal) || !math::IsFinite(depth)) {
+        Log(logging::Error, "Collision detection reported bad contact");
+        return;
+    }
+    contacts.emplace_back(new Contact(a, b, index, point, normal, depth));
+}
+
+void Collider::AssignBodies(const BodyList& bodies) {
+    VORRA_PROFILE("Collider::AssignBodies");
+    m_planes.clear();
+    m_polygons.clear();
+    m_circles.clear();
+    m_boxes.clear();
+    for (const BodyPtr& body : bodies) {
+        for (const GeomPtr& geom : body->GetGeoms()) {
+            CODE_ASSERT(geom->GetBody());
+            Geom* g = geom.Get();
+            if (Polygon* polygon = dynamic_cast<Polygon*>(g)) {
+                m_polygons.push_back({body.Get(), polygon});
+            } else if (Circle* circle = dynamic_cast<Circle*>(g)) {
+                m_circles.push_back({body.Get(), circle, circle->GetCentre(), circle->GetRadius()});
+            } else if (Plane* plane = dynamic_cast<Plane*>(g)) {
+                m_planes.push_back(plane);
+            } else if (Box* box = dynamic_cast<Box*>(g)) {
+                m_boxes.push_back(box);
+            }
+        }
+    }
+    m_polygonBounds.clear();
+    m_circleBounds.clear();
+    m_boxBounds.clear();
+    if (m_broadPhase) {
+        for (const PolygonEntry& entry : m_polygons) {
+            m_polygonBounds.push_back(BoundsOfPolygon(*entry.polygon));
+        }
+        for (const CircleEntry& entry : m_circles) {
+            m_circleBounds.push_back(BoxOfCircle(entry.centre, entry.radius));
+        }
+        for (Box* box : m_boxes) {
+            m_boxBounds.push_back(BoxOfOBB(box->GetOBB()));
+        }
+    }
+}
+
+void Collider::PairsWithin(const std::vector<math::BoundingBox2f>& boxes, PairList& pairs) const {
+    pairs.clear();
+    const uint32_t n = static_cast<uint32_t>(m_broadPhase ? boxes.size() : 0);
+    if (!m_broadPhase) {
+        return;
+    }
+    // Sweep along x: an interval stays active until one starts beyond its end.
+    std::vector<uint32_t> order(n);
+    for (uint32_t i = 0; i < n; ++i) {
+        order[i] = i;
+    }
+    std::sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) {
+        return boxes[a].min.x < boxes[b].min.x || (boxes[a].min.x == boxes[b].min.x && a < b);
+    });
+    std::vector<uint32_t> active;
+    for (uint32_t i : order) {
+        const math::BoundingBox2f& box = boxes[i];
+        size_t kept = 0;
+        for (uint32_t j : active) {
+            if (boxes[j].max.x >= box.min.x) {
+                active[kept++] = j;
+                if (boxes[j].min.y <= box.max.y && box.min.y <= boxes[j].max.y) {
+                    pairs.emplace_back(std::min(i, j), std::max(i, j));
+                }
+            }
+        }
+        active.resize(kept);
+        active.push_back(i);
+    }
+    std::sort(pairs.begin(), pairs.end());
+}
+
+void Collider::PairsAcross(const std::vector<math::BoundingBox2f>& first,
+                           const std::vector<math::BoundingBox2f>& second, PairList& pairs) const {
+    pairs.clear();
+    if (!m_broadPhase) {
+        return;
+    }
+    // One sweep over both lists; an index above the first list's size is of the second.
+    const uint32_t split = static_cast<uint32_t>(first.size());
+    const uint32_t n = split + static_cast<uint32_t>(second.size());
+    auto boxOf = [&](uint32_t k) -> const math::BoundingBox2f& {
+        return k < split ? first[k] : second[k - split];
+    };
+    std::vector<uint32_t> order(n);
+    for (uint32_t k = 0; k < n; ++k) {
+        order[k] = k;
+    }
+    std::sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) {
+        const float ma = boxOf(a).min.x;
+        const float mb = boxOf(b).min.x;
+        return ma < mb || (ma == mb && a < b);
+    });
+    std::vector<uint32_t> activeFirst;
+    std::vector<uint32_t> activeSecond;
+    auto sweep = [&](std::vector<uint32_t>& active, const math::BoundingBox2f& box, uint32_t k,
+                     bool kIsFirst) {
+        size_t kept = 0;
+        for (uint32_t j : active) {
+            const math::BoundingBox2f& other = boxOf(j);
+            if (other.max.x >= box.min.x) {
+                active[kept++] = j;
+                if (other.min.y <= box.max.y && box.min.y <= other.max.y) {
+                    pairs.emplace_back(kIsFirst ? k : j, kIsFirst ? j - split : k - split);
+                }
+            }
+        }
+        active.resize(kept);
+    };
+    for (uint32_t k : order) {
+        const math::BoundingBox2f& box = boxOf(k);
+        if (k < split) {
+            sweep(activeSecond, box, k, true);
+            activeFirst.push_back(k);
+        } else {
+            sweep(activeFirst, box, k, false);
+            activeSecond.push_back(k);
+        }
+    }
+    std::sort(pairs.begin(), pairs.end());
+}
+
+void Collider::Collide(std::vector<ContactPtr>& contacts) {
+    VORRA_PROFILE("Collider::Collide");
+    {
+        VORRA_PROFILE("Plane");
+        CollidePlanes(contacts);
+    }
+    // Each group walks its candidate pairs in (i, j) order, or all pairs without the
+    // broad phase.
+    auto walkWithin = [&](size_t n, const std::vector<math::BoundingBox2f>& bounds, auto test) {
+        if (!m_broadPhase) {
+            for (size_t i = 0; i < n; ++i) {
+                for (size_t j = i + 1; j < n; ++j) {
+                    test(i, j);
+                }
+            }
+            return;
+        }
+        PairsWithin(bounds, m_pairs);
+        for (const auto& [i, j] : m_pairs) {
+            test(i, j);
+        }
+    };
+    auto walkAcross = [&](size_t n, size_t m, const std::vector<math::BoundingBox2f>& first,
+                          const std::vector<math::BoundingBox2f>& second, auto test) {
+        if (!m_broadPhase) {
+            for (size_t i = 0; i < n; ++i) {
+                for (size_t j = 0; j < m; ++j) {
+                    test(i, j);
+                }
+            }
+            return;
+        }
+        PairsAcross(first, second, m_pairs);
+        for (const auto& [i, j] : m_pairs) {
+            test(i, j);
+        }
+    };
+    {
+        VORRA_PROFILE("Polygon-Polygon");
+        walkWithin(m_polygons.size(), m_polygonBounds, [&](size_t i, size_t j) {
+            CollidePolygonPolygon(contacts, m_polygons[i], m_polygons[j]);
+        });
+    }
+    {
+        VORRA_PROFILE("Circle-Circle");
+        walkWithin(m_circles.size(), m_circleBounds, [&](size_t i, size_t j) {
+            CollideCircleCircle(contacts, m_circles[i], m_circles[j]);
+        });
+    }
+    {
+        VORRA_PROFILE("Circle-Polygon");
+        walkAcross(m_circles.size(), m_polygons.size(), m_circleBounds, m_polygonBounds,
+                   [&](size_t i, size_t j) {
+                       CollideCirclePolygon(contacts, m_circles[i], m_polygons[j]);
+                   });
+    }
+    {
+        VORRA_PROFILE("Box-Box");
+        walkWithin(m_boxes.size(), m_boxBounds,
+                   [&](size_t i, size_t j) { CollideBoxBox(contacts, m_boxes[i], m_boxes[j]); });
+    }
+    {
+        VORRA_PROFILE("Box-Polygon");
+        walkAcross(m_boxes.size(), m_polygons.size(), m_boxBounds, m_polygonBounds,
+                   [&](size_t i, size_t j) {
+                       CollideBoxPolygon(contacts, m_boxes[i], m_polygons[j]);
+                   });
+    }
+    {
+        VORRA_PROFILE("Box-Circle");
+        walkAcross(m_boxes.size(), m_circles.size(), m_boxBounds, m_circleBounds,
+                   [&](size_t i, size_t j) {
+                       CollideBoxCircle(contacts, m_boxes[i], m_circles[j]);
+                   });
+    }
+    // The water groups join here with the fluid.
+}
+
+void Collider::CollidePlanes(std::vector<ContactPtr>& contacts) {
+    for (Plane* plane : m_planes) {
+        AbstractBody* planeBody = plane->GetBody();
+        const Vec2 n = plane->GetNormal();
+        const float offset = plane->GetOffset();
+        for (const CircleEntry& c : m_circles) {
+            if (!CanCollide(planeBody, plane, c.body, c.circle)) {
+                continue;
+            }
+            const float d = plane->Dist(c.centre);
+            if (c.radius <= d) {
+                continue;
+            }
+            AddContact(contacts, plane, c.circle, 0, c.centre - n * c.radius, n, c.radius - d);
+        }
+        for (PolygonEntry& p : m_polygons) {
+            if (!CanCollide(planeBody, plane, p.body, p.polygon)) {
+                continue;
+            }
+            const BoundingCircle circle = p.polygon->GetBoundingCircle();
+            if (Dot(n, circle.centre) + offset > circle.radius) {
+                continue;
+            }
+            const math::OBB2D obb = p.polygon->GetOBB();
+            if (Extent(obb, n) < Dot(n, obb.centre) + offset) {
+                continue;
+            }
+            const math::Vec2List& vertices = p.polygon->GetWorldVertices();
+            for (size_t i = 0; i < vertices.size(); ++i) {
+                const float s = Dot(n, vertices[i]) + offset;
+                if (s < 0) {
+                    AddContact(contacts, plane, p.polygon, i, vertices[i], n, -s);
+                }
+            }
+        }
+        for (Box* box : m_boxes) {
+            if (!CanCollide(planeBody, plane, box->GetBody(), box)) {
+                continue;
+            }
+            const math::OBB2D obb = box->GetOBB();
+            if (Dot(n, obb.centre) + offset > Extent(obb, n)) {
+                continue;
+            }
+            Vec2 corners[4];
+            BoxCorners(obb, corners);
+            for (size_t i = 0; i < 4; ++i) {
+                const float s = Dot(n, corners[i]) + offset;
+                if (s < 0) {
+                    AddContact(contacts, plane, box, i, corners[i], n, -s);
+                }
+            }
+        }
+    }
+}
+
+void Collider::CollidePolygonPolygon(std::vector<ContactPtr>& contacts, PolygonEntry& a,
+                                     PolygonEntry& b) {
+    if (!CanCollide(a.body, a.polygon, b.body, b.polygon)) {
+        return;
+    }
+    const BoundingCircle ca = a.polygon->GetBoundingCircle();
+    const BoundingCircle cb = b.polygon->GetBoundingCircle();
+    const float reach = ca.radius + cb.radius;
+    if (!((cb.centre - ca.centre).SquaredLength() < reach * reach)) {
+        return;
+    }
+    if (!OBBOverlap(a.polygon->GetOBB(), b.polygon->GetOBB())) {
+        return;
+    }
+    if (a.polygon->Dist(cb.centre) > cb.radius || b.polygon->Dist(ca.centre) > ca.radius) {
+        return;
+    }
+    size_t index = 0;
+    const math::Vec2List& va = a.polygon->GetWorldVertices();
+    VerticesAgainstField(contacts, va.data(), va.size(), b.polygon, a.polygon, index);
+    const math::Vec2List& vb = b.polygon->GetWorldVertices();
+    VerticesAgainstField(contacts, vb.data(), vb.size(), a.polygon, b.polygon, index);
+}
+
+void Collider::CollideCircleCircle(std::vector<ContactPtr>& contacts, const CircleEntry& a,
+                                   const CircleEntry& b) {
+    if (!CanCollide(a.body, a.circle, b.body, b.circle)) {
+        return;
+    }
+    const Vec2 delta = b.centre - a.centre;
+    const float d2 = delta.SquaredLength();
+    const float reach = a.radius + b.radius;
+    if (reach * reach <= d2) {
+        return;
+    }
+    const float distance = std::sqrt(d2);
+    const Vec2 n = math::NearZero(distance) ? Vec2(0, 0) : delta / distance;
+    const float overlap = reach - distance;
+    AddContact(contacts, a.circle, b.circle, 0, a.centre + n * (a.radius - overlap / 2), n,
+               overlap);
+}
+
+void Collider::CollideCirclePolygon(std::vector<ContactPtr>& contacts, const CircleEntry& c,
+                                    PolygonEntry& p) {
+    if (!CanCollide(c.body, c.circle, p.body, p.polygon)) {
+        return;
+    }
+    const float d = p.polygon->Dist(c.centre);
+    if (d > c.radius) {
+        return;
+    }
+    if (d < 0) {
+        AddContact(contacts, c.circle, p.polygon, static_cast<size_t>(-1), c.centre,
+                   -p.polygon->Normal(c.centre), c.radius - d);
+        return;
+    }
+    const float r2 = c.radius * c.radius;
+    size_t index = 0;
+    auto touch = [&](const Vec2& q) {
+        const Vec2 delta = q - c.centre;
+        if (delta.SquaredLength() < r2) {
+            float distance = delta.Length();
+            Vec2 n(0, 0);
+            if (math::NearZero(distance)) {
+                distance = 0;
+            } else {
+                n = delta / distance;
+            }
+            AddContact(contacts, c.circle, p.polygon, index - 1, q, n, c.radius - distance);
+        }
+    };
+    const math::Vec2List& vertices = p.polygon->GetWorldVertices();
+    const size_t count = vertices.size();
+    for (size_t i = 0; i < count; ++i) {
+        const Vec2& a = vertices[i];
+        const Vec2& b = vertices[(i + 1) % count];
+        ++index;
+        const Vec2 edge = b - a;
+        const float t = Dot(c.centre - a, edge) / edge.SquaredLength();
+        Vec2 q;
+        if (!math::IsFinite(t)) {
+            q = c.centre;
+        } else if (t <= 0) {
+            q = a;
+        } else if (t >= 1) {
+            q = b;
+        } else {
+            q = a + edge * t;
+        }
+        if (q == a || q == b) {
+            continue;  // the vertices come next
+        }
+        touch(q);
+    }
+    for (size_t i = 0; i < count; ++i) {
+        ++index;
+        touch(vertices[i]);
+    }
+}
+
+void Collider::CollideBoxBox(std::vector<ContactPtr>& contacts, Box* a, Box* b) {
+    if (!CanCollide(a->GetBody(), a, b->GetBody(), b)) {
+        return;
+    }
+    const math::OBB2D boxes[2] = {a->GetOBB(), b->GetOBB()};
+    Box* const geoms[2] = {a, b};
+    // Separating axes; per box the axis of greatest separation, the later one at a tie.
+    float bestSep[2];
+    int bestAxis[2];
+    float sign[2][2];
+    for (int i = 0; i < 2; ++i) {
+        const math::OBB2D& own = boxes[i];
+        const math::OBB2D& other = boxes[1 - i];
+        bestSep[i] = -math::Infinity();
+        bestAxis[i] = 0;
+        for (int j = 0; j < 2; ++j) {
+            const Vec2 axis = j == 0 ? own.axis1 : own.axis2;
+            const float t = Dot(other.centre - own.centre, axis);
+            sign[i][j] = t < 0 ? -1.0f : 1.0f;
+            const float sep = std::fabs(t) - (Extent(own, axis) + Extent(other, axis));
+            if (sep > 0) {
+                return;
+            }
+            if (sep >= bestSep[i]) {
+                bestSep[i] = sep;
+                bestAxis[i] = j;
+            }
+        }
+    }
+    const int r = bestSep[1] >= bestSep[0] ? 1 : 0;
+    const int q = 1 - r;
+    const math::OBB2D& ref = boxes[r];
+    const math::OBB2D& inc = boxes[q];
+    const int j = bestAxis[r];
+    const Vec2 n = (j == 0 ? ref.axis1 : ref.axis2) * sign[r][j];
+    const float h = j == 0 ? ref.halfExtents.x : ref.halfExtents.y;
+
+    // The incident face: the one of the other box turned most against n.
+    const float A = inc.halfExtents.x * Dot(inc.axis1, n);
+    const float B = inc.halfExtents.y * Dot(inc.axis2, n);
+    const bool mainIsFirst = !(std::fabs(A) < std::fabs(B));
+    const Vec2 au = mainIsFirst ? inc.axis1 : inc.axis2;
+    const Vec2 aw = mainIsFirst ? inc.axis2 : inc.axis1;
+    const float eu = mainIsFirst ? inc.halfExtents.x : inc.halfExtents.y;
+    const float ew = mainIsFirst ? inc.halfExtents.y : inc.halfExtents.x;
+    const float su = (mainIsFirst ? A : B) >= 0 ? -1.0f : 1.0f;
+    const float sw = (mainIsFirst ? B : A) >= 0 ? -1.0f : 1.0f;
+    Vec2 p1 = inc.centre + au * (su * eu) + aw * (sw * ew);
+    Vec2 p2 = inc.centre + au * (su * eu) - aw * (sw * ew);
+    auto d = [&](const Vec2& p) { return Dot(p - ref.centre, n) - h; };
+
+    if (d(p2) > 0) {
+        AddContact(contacts, geoms[r], geoms[q], 0, p1, n, -d(p1));
+        return;
+    }
+    // Clip the segment to the side slab of the reference box; depths follow linearly.
+    const Vec2 side = j == 0 ? ref.axis2 : ref.axis1;
+    const float H = j == 0 ? ref.halfExtents.y : ref.halfExtents.x;
+    const Vec2 slab = Dot(p2 - p1, side) >= 0 ? side : -side;
+    float d1 = d(p1);
+    float d2 = d(p2);
+    const Vec2 start = p1;
+    const Vec2 end = p2;
+    const float s1 = Dot(start - ref.centre, slab);
+    const float s2 = Dot(end - ref.centre, slab);
+    if (s2 > H && s2 != s1) {
+        const float f = (H - s1) / (s2 - s1);
+        p2 = start + (end - start) * f;
+        d2 = d1 + (d2 - d1) * f;
+    }
+    if (s1 < -H && s2 != s1) {
+        const float f = (-H - s1) / (s2 - s1);
+        const float startDepth = d(start);
+        const float endDepth = d(end);
+        p1 = start + (end - start) * f;
+        d1 = startDepth + (endDepth - startDepth) * f;
+    }
+    const size_t index1 = p2.x <= p1.x ? 1 : 0;
+    AddContact(contacts, geoms[r], geoms[q], index1, p1, n, -d1);
+    AddContact(contacts, geoms[r], geoms[q], 1 - index1, p2, n, -d2);
+}
+
+void Collider::CollideBoxPolygon(std::vector<ContactPtr>& contacts, Box* box, PolygonEntry& p) {
+    if (!CanCollide(box->GetBody(), box, p.body, p.polygon)) {
+        return;
+    }
+    const math::OBB2D obb = box->GetOBB();
+    if (!OBBOverlap(obb, p.polygon->GetOBB())) {
+        return;
+    }
+    size_t index = 0;
+    const math::Vec2List& vertices = p.polygon->GetWorldVertices();
+    VerticesAgainstField(contacts, vertices.data(), vertices.size(), box, p.polygon, index);
+    Vec2 corners[4];
+    BoxCorners(obb, corners);
+    VerticesAgainstField(contacts, corners, 4, p.polygon, box, index);
+}
+
+void Collider::CollideBoxCircle(std::vector<ContactPtr>& contacts, Box* box,
+                                const CircleEntry& c) {
+    if (!CanCollide(box->GetBody(), box, c.body, c.circle)) {
+        return;
+    }
+    const math::OBB2D obb = box->GetOBB();
+    const Vec2 axes[2] = {obb.axis1, obb.axis2};
+    const float e[2] = {obb.halfExtents.x, obb.halfExtents.y};
+    float t[2];
+    float q[2];
+    int inside = 0;
+    for (int i = 0; i < 2; ++i) {
+        t[i] = Dot(c.centre - obb.centre, axes[i]);
+        if (std::fabs(t[i]) > c.radius + e[i]) {
+            return;
+        }
+        q[i] = std::clamp(t[i], -e[i], e[i]);
+        if (std::fabs(t[i]) <= e[i]) {
+            ++inside;
+        }
+    }
+    if (inside < 2) {
+        const Vec2 v(t[0] - q[0], t[1] - q[1]);
+        if (c.radius * c.radius <= v.SquaredLength()) {
+            return;
+        }
+        const Vec2 nl = math::Normalized(v);
+        const Vec2 n = axes[0] * nl.x + axes[1] * nl.y;
+        AddContact(contacts, box, c.circle, 0, obb.centre + axes[0] * q[0] + axes[1] * q[1], n,
+                   c.radius - v.Length());
+        return;
+    }
+    const int i = e[1] - std::fabs(t[1]) < e[0] - std::fabs(t[0]) ? 1 : 0;
+    const float m = e[i] - std::fabs(t[i]);
+    const float direction = t[i] > 0 ? 1.0f : -1.0f;
+    float deepest[2] = {t[0], t[1]};
+    deepest[i] -= c.radius * direction;
+    AddContact(contacts, box, c.circle, 0, obb.centre + axes[0] * deepest[0] + axes[1] * deepest[1],
+               axes[i] * direction, m + c.radius);
+}
+
+}  // namespace physics

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "math/BoundingBox2.h"
+#include "math/Vector2.h"
+#include "physics/Forward.h"
+
+namespace physics {
+
+// Turns the bodies of one step into contacts. Shapes are sorted into lists by kind and the
+// lists are paired in a fixed order, which fixes the order of the contacts and so the order
+// in which the solver meets them.
+//
+// The pairs of each group are found by a sweep over bounding boxes that are conservative
+// for that group's own tests, then walked in the same (i, j) order as a plain walk over all
+// pairs would: the contacts are the same, in the same order, with the same indices, but a
+// scene of mostly separate bodies costs about linearly in its size.
+class Collider {
+public:
+    explicit Collider(bool broadPhase = true) : m_broadPhase(broadPhase) {}
+
+    // The water joins the lists with the fluid.
+    void AssignBodies(const BodyList& bodies);
+    void Collide(std::vector<ContactPtr>& contacts);
+
+    // The only way a contact is made; one with non-finite data is logged and dropped.
+    static void AddContact(std::vector<ContactPtr>& contacts, Geom* a, Geom* b, size_t index,
+                           const math::Vec2& point, const math::Vec2& normal, float depth);
+
+private:
+    struct PolygonEntry {
+        AbstractBody* body;
+        Polygon* polygon;
+    };
+    struct CircleEntry {
+        AbstractBody* body;
+        Circle* circle;
+        math::Vec2 centre;
+        float radius;
+    };
+    using PairList = std::vector<std::pair<uint32_t, uint32_t>>;
+
+    void CollidePlanes(std::vector<ContactPtr>& contacts);
+    void CollidePolygonPolygon(std::vector<ContactPtr>& contacts, PolygonEntry& a, PolygonEntry& b);
+    void CollideCircleCircle(std::vector<ContactPtr>& contacts, const CircleEntry& a,
+                             const CircleEntry& b);
+    void CollideCirclePolygon(std::vector<ContactPtr>& contacts, const CircleEntry& c,
+                              PolygonEntry& p);
+    void CollideBoxBox(std::vector<ContactPtr>& contacts, Box* a, Box* b);
+    void CollideBoxPolygon(std::vector<ContactPtr>& contacts, Box* box, PolygonEntry& p);
+    void CollideBoxCircle(std::vector<ContactPtr>& contacts, Box* box, const CircleEntry& c);
+
+    // Candidate pairs within one list (i < j) or across two lists, sorted by (i, j). With
+    // the broad phase off, simply all of them.
+    void PairsWithin(const std::vector<math::BoundingBox2f>& boxes, PairList& pairs) const;
+    void PairsAcross(const std::vector<math::BoundingBox2f>& first,
+                     const std::vector<math::BoundingBox2f>& second, PairList& pairs) const;
+
+    bool m_broadPhase;
+    std::vector<Plane*> m_planes;
+    std::vector<PolygonEntry> m_polygons;
+    std::vector<CircleEntry> m_circles;
+    std::vector<Box*> m_boxes;
+
+    // Per list, boxes that contain every place where that shape can touch another.
+    std::vector<math::BoundingBox2f> m_polygonBounds;
+    std::vector<math::BoundingBox2f> m_circleBounds;
+    std::vector<math::BoundingBox2f> m_boxBounds;
+    PairList m_pairs;
+};
+
+}  // namespace physics

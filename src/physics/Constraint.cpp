@@ -1,0 +1,7 @@
+#include "physics/Constraint.h"
+
+namespace physics {
+
+Constraint::~Constraint() = default;
+
+}  // namespace physics

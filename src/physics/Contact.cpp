@@ -1,0 +1,278 @@
+#include "physics/Contact.h"
+
+#include <cmath>
+#include <cstdint>
+
+#include "math/MathUtil.h"
+#include "physics/AbstractBody.h"
+#include "physics/Geom.h"
+#include "physics/SolverParameters.h"
+#include "util/Assert.h"
+
+namespace physics {
+
+namespace {
+
+math::real MassInv(const AbstractBody* body) {
+    return body ? body->SolverMassInv() : 0;
+}
+
+math::real InertiaInv(const AbstractBody* body) {
+    return body ? body->SolverInertiaInv() : 0;
+}
+
+// Velocity of the body's material at a world point; a missing body stands still.
+math::Vec2 VelocityAt(const AbstractBody* body, const math::Vec2& point) {
+    if (!body) {
+        return {0, 0};
+    }
+    return body->velocity + math::Cross(body->angularVelocity, point - body->position);
+}
+
+// Acceleration from the accumulated force and torque, at offset r.
+math::Vec2 AccelerationAt(const AbstractBody& body, const math::Vec2& r) {
+    return body.force * body.SolverMassInv() +
+           math::Cross(body.torque * body.SolverInertiaInv(), r);
+}
+
+// The clamped impulse changes wanted, normal and tangent.
+void Delta(const math::Vec2& dv, const math::Vec2& n, const math::Vec2& t, math::real massN,
+           math::real massT, math::real targetN, math::real targetT, math::real accN,
+           math::real accT, math::real friction, math::real& deltaN, math::real& deltaT) {
+    math::real candN = accN + targetN - math::Dot(n, dv) * massN;
+    if (candN < 0) {
+        candN = 0;
+    }
+    deltaN = candN - accN;
+    // Friction is bounded by this iteration's normal impulse; a negative mu gives none.
+    math::real limit = friction * candN;
+    if (limit < 0) {
+        limit = 0;
+    }
+    math::real candT = accT + targetT - math::Dot(t, dv) * massT;
+    if (candT > limit) {
+        candT = limit;
+    } else if (candT < -limit) {
+        candT = -limit;
+    }
+    deltaT = candT - accT;
+}
+
+}  // namespace
+
+Contact::Contact(Geom* a, Geom* b, size_t index, const math::Vec2& p, const math::Vec2& n, float d)
+    : m_creationTime(SolverParameters::Current().simulatedTime),
+      m_p(p),
+      m_n(n),
+      m_d(d),
+      m_t(-n.y, n.x),
+      m_index(index) {
+    using math::IsFinite;
+    CODE_ASSERT(IsFinite(p));
+    CODE_ASSERT(IsFinite(n));
+    CODE_ASSERT(IsFinite(d));
+
+    const size_t idA = a->GetID();
+    const size_t idB = b->GetID();
+    m_lowerID = idA < idB ? idA : idB;
+    m_higherID = idA < idB ? idB : idA;
+    m_hash = HashKey(m_lowerID, m_higherID, m_index);
+
+    bodies[0] = a->GetBody();
+    bodies[1] = b->GetBody();
+    m_friction = Combine(a->friction, b->friction);
+    m_restitution = Combine(a->restitution, b->restitution);
+    r1 = bodies[0] ? p - bodies[0]->position : p;
+    r2 = bodies[1] ? p - bodies[1]->position : p;
+
+    const math::real kN = K(m_n);
+    const math::real kT = K(m_t);
+    m_massN = 1 / kN;
+    m_massT = 1 / kT;
+    const math::real e = SolverParameters::Current().contacts.e;
+    m_regMassN = 1 / (kN + e);
+    m_regMassT = 1 / (kT + e);
+    m_effMassN = m_massN;
+    m_effMassT = m_massT;
+}
+
+Contact::~Contact() = default;
+
+size_t Contact::HashKey(size_t lowerID, size_t higherID, size_t index) {
+    // 32-bit on every platform, so that bucket placement does not depend on size_t.
+    const uint32_t hash = static_cast<uint32_t>(higherID) * 0xD8163841u +
+                          static_cast<uint32_t>(lowerID) * 0x8DA6B343u +
+                          static_cast<uint32_t>(index) * 0xCB1AB31Fu;
+    return hash;
+}
+
+math::real Contact::Combine(math::real x, math::real y) {
+    const math::real xy = x * y;
+    const math::real sign = xy > 0 ? 1.0f : (xy < 0 ? -1.0f : 0.0f);
+    return sign * std::sqrt(std::fabs(xy));
+}
+
+math::real Contact::K(const math::Vec2& u) const {
+    const math::real c1 = math::Cross(r1, u);
+    const math::real c2 = math::Cross(r2, u);
+    return MassInv(bodies[0]) + MassInv(bodies[1]) + InertiaInv(bodies[0]) * c1 * c1 +
+           InertiaInv(bodies[1]) * c2 * c2;
+}
+
+void Contact::CopyCached(const Contact& old) {
+    m_creationTime = old.m_creationTime;
+    m_accN = old.m_accN;
+    m_accT = old.m_accT;
+    m_new = false;
+}
+
+bool Contact::IsSeparating() const {
+    const math::Vec2 v = VelocityAt(bodies[1], m_p) - VelocityAt(bodies[0], m_p);
+    return math::Dot(v, m_n) > 0;
+}
+
+bool Contact::SolveInit() {
+    AbstractBody* b0 = bodies[0];
+    AbstractBody* b1 = bodies[1];
+    // Also keeps a row of two static bodies, whose masses are infinite, out of the solve.
+    if (!b0 || !b1 || (b0->IsImmovable() && b1->IsImmovable())) {
+        return false;
+    }
+    const SolverParameters& params = SolverParameters::Current();
+    const SolverParameterBlock& block = params.contacts;
+
+    const math::Vec2 v = VelocityAt(b1, m_p) - VelocityAt(b0, m_p);
+    m_relativeVelocity = v;
+    const math::Vec2 u = AccelerationAt(*b1, r2) - AccelerationAt(*b0, r1);
+
+    math::real rhsN;
+    if (m_new) {
+        // First touch: an impact law, with neither position term nor regularisation.
+        m_effMassN = m_massN;
+        m_effMassT = m_massT;
+        rhsN = math::Dot(m_n, v) * (1 + m_restitution);
+    } else {
+        // Resting: a soft constraint pulling the depth towards the target.
+        m_effMassN = m_regMassN;
+        m_effMassT = m_regMassT;
+        const math::real wanted = block.targetPenetration - m_d;
+        const math::real corr =
+            params.maxPositionCorrection < wanted ? params.maxPositionCorrection : wanted;
+        rhsN = math::Dot(m_n, u) * block.c + block.a * corr * positionFactor +
+               math::Dot(m_n, v) * block.b;
+    }
+    const math::real rhsT = math::Dot(m_t, u) * block.c + math::Dot(m_t, v) * block.b;
+    m_targetN = -m_effMassN * rhsN;
+    m_targetT = -m_effMassT * rhsT;
+
+    if (!m_new && params.warmStart) {
+        m_accN *= params.warmStartFactor;
+        m_accT *= params.warmStartFactor;
+        ApplyImpulse(m_n * m_accN + m_t * m_accT);
+    } else {
+        m_accN = 0;
+        m_accT = 0;
+    }
+    return true;
+}
+
+void Contact::CalcDelta() {
+    const AbstractBody& b0 = *bodies[0];
+    const AbstractBody& b1 = *bodies[1];
+    const math::Vec2 dv = (b1.velocityChange + math::Cross(b1.angularChange, r2)) -
+                          (b0.velocityChange + math::Cross(b0.angularChange, r1));
+    Delta(dv, m_n, m_t, m_effMassN, m_effMassT, m_targetN, m_targetT, m_accN, m_accT, m_friction,
+          m_deltaN, m_deltaT);
+    priority = m_deltaN * m_deltaN + m_deltaT * m_deltaT;
+}
+
+void Contact::ApplyDelta() {
+    ApplyImpulse(m_n * m_deltaN + m_t * m_deltaT);
+    m_accN += m_deltaN;
+    m_accT += m_deltaT;
+}
+
+void Contact::SolveExit() {}
+
+void Contact::Sweep(ContactRow* first, ContactRow* last) {
+    for (ContactRow* r = first; r != last; ++r) {
+        ContactRow& row = *r;
+        AbstractBody& b0 = *row.body0;
+        AbstractBody& b1 = *row.body1;
+        const math::Vec2 dv = b1.velocityChange - b0.velocityChange;
+        const math::real w0 = b0.angularChange;
+        const math::real w1 = b1.angularChange;
+        math::real candN = row.accN + row.targetN -
+                           (math::Dot(row.nMass, dv) + (w1 * row.rn2Mass - w0 * row.rn1Mass));
+        if (candN < 0) {
+            candN = 0;
+        }
+        math::real limit = row.friction * candN;
+        if (limit < 0) {
+            limit = 0;
+        }
+        math::real candT = row.accT + row.targetT -
+                           (math::Dot(row.tMass, dv) + (w1 * row.rt2Mass - w0 * row.rt1Mass));
+        if (candT > limit) {
+            candT = limit;
+        } else if (candT < -limit) {
+            candT = -limit;
+        }
+        const math::real dN = candN - row.accN;
+        const math::real dT = candT - row.accT;
+        b0.velocityChange -= row.nInvM0 * dN + row.tInvM0 * dT;
+        b0.angularChange = w0 - (row.rn1InvI * dN + row.rt1InvI * dT);
+        b1.velocityChange += row.nInvM1 * dN + row.tInvM1 * dT;
+        b1.angularChange = w1 + (row.rn2InvI * dN + row.rt2InvI * dT);
+        row.accN = candN;
+        row.accT = candT;
+        row.deltaN = dN;
+        row.deltaT = dT;
+    }
+}
+
+void Contact::ToRow(ContactRow& row) const {
+    const math::real m0 = bodies[0]->SolverMassInv();
+    const math::real m1 = bodies[1]->SolverMassInv();
+    const math::real i0 = bodies[0]->SolverInertiaInv();
+    const math::real i1 = bodies[1]->SolverInertiaInv();
+    const math::real rn1 = math::Cross(r1, m_n);
+    const math::real rt1 = math::Cross(r1, m_t);
+    const math::real rn2 = math::Cross(r2, m_n);
+    const math::real rt2 = math::Cross(r2, m_t);
+    row.body0 = bodies[0];
+    row.body1 = bodies[1];
+    row.nMass = m_n * m_effMassN;
+    row.tMass = m_t * m_effMassT;
+    row.rn1Mass = rn1 * m_effMassN;
+    row.rn2Mass = rn2 * m_effMassN;
+    row.rt1Mass = rt1 * m_effMassT;
+    row.rt2Mass = rt2 * m_effMassT;
+    row.nInvM0 = m_n * m0;
+    row.tInvM0 = m_t * m0;
+    row.nInvM1 = m_n * m1;
+    row.tInvM1 = m_t * m1;
+    row.rn1InvI = rn1 * i0;
+    row.rt1InvI = rt1 * i0;
+    row.rn2InvI = rn2 * i1;
+    row.rt2InvI = rt2 * i1;
+    row.targetN = m_targetN;
+    row.targetT = m_targetT;
+    row.accN = m_accN;
+    row.accT = m_accT;
+    row.friction = m_friction;
+    row.deltaN = m_deltaN;
+    row.deltaT = m_deltaT;
+}
+
+void Contact::FromRow(const ContactRow& row, bool computed) {
+    m_accN = row.accN;
+    m_accT = row.accT;
+    if (computed) {
+        m_deltaN = row.deltaN;
+        m_deltaT = row.deltaT;
+        priority = m_deltaN * m_deltaN + m_deltaT * m_deltaT;
+    }
+}
+
+}  // namespace physics

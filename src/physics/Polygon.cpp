@@ -1,0 +1,615 @@
+#include "physics/Polygon.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include "logging/Log.h"
+#include "physics/OBBOverlap.h"
+#include "util/Assert.h"
+#include "util/Exception.h"
+
+namespace physics {
+
+namespace {
+
+// The floor of the cell size used for the map margin, so that a thin polygon still gets
+// room around it (the float 0x3DCCCCCD).
+constexpr float kMinCellSize = 0.1f;
+// Cells of margin around the tight box.
+constexpr float kMarginCells = 2;
+
+// Nearest point of the segment to p, with its parameter along the segment.
+struct Projection {
+    math::Vec2 point;
+    float t;
+};
+
+inline Projection Project(const Line& line, const math::Vec2& p) {
+    const math::Vec2 d = line.b - line.a;
+    const float length2 = d.SquaredLength();
+    // A zero-length line (only after float cancellation) is its start point.
+    const float t = length2 > 0 ? math::Dot(p - line.a, d) / length2 : 0.0f;
+    if (t <= 0) {
+        return {line.a, 0};
+    }
+    if (t >= 1) {
+        return {line.b, 1};
+    }
+    return {line.a + d * t, t};
+}
+
+// The build queue, smallest first by squared distance and then by cell index, which for
+// cells of one array is the order of their addresses. The frontier of the propagation holds
+// thousands of cells, so a single heap spends most of the build sifting. Here entries are
+// filed into buckets by distance and only the lowest bucket is a heap. Everything
+// in the heap lies below the buckets still filed, and a push that falls at or below the
+// heap's bucket joins the heap, so the pops come out in exactly the same order.
+class BuildQueue {
+public:
+    BuildQueue(float maxDist, size_t expectedPushes) {
+        m_scale =
+            maxDist > 0 && math::IsFinite(maxDist) ? static_cast<float>(kBuckets) / maxDist : 0.0f;
+        m_heads.assign(kBuckets, kNone);
+        m_filed.reserve(expectedPushes);
+        m_heap.reserve(256);
+    }
+
+    void Push(float squaredDist, uint32_t cell) {
+        // The bits of a non-negative float grow with its value: one integer compare orders
+        // by distance, then by cell.
+        const uint64_t key =
+            (static_cast<uint64_t>(std::bit_cast<uint32_t>(squaredDist)) << 32) | cell;
+        const uint32_t bucket = BucketOf(squaredDist);
+        if (bucket <= m_current) {
+            m_heap.push_back(key);
+            std::push_heap(m_heap.begin(), m_heap.end(), std::greater<uint64_t>());
+        } else {
+            m_filed.push_back({key, m_heads[bucket]});
+            m_heads[bucket] = static_cast<uint32_t>(m_filed.size() - 1);
+        }
+    }
+
+    // The next cell, or false when the queue is empty.
+    bool Pop(uint32_t& cell) {
+        while (m_heap.empty()) {
+            if (!OpenNextBucket()) {
+                return false;
+            }
+        }
+        std::pop_heap(m_heap.begin(), m_heap.end(), std::greater<uint64_t>());
+        cell = static_cast<uint32_t>(m_heap.back());
+        m_heap.pop_back();
+        return true;
+    }
+
+private:
+    // Fine enough that a bucket holds a few dozen cells even along a long outline.
+    static constexpr uint32_t kBuckets = 4096;
+    static constexpr uint32_t kNone = ~0u;
+
+    struct Filed {
+        uint64_t key;
+        uint32_t next;
+    };
+
+    // Linear in the distance, since the cells crowd near the outline; monotone, so that equal
+    // keys share a bucket.
+    uint32_t BucketOf(float squaredDist) const {
+        const float bucket = std::sqrt(squaredDist) * m_scale;
+        return bucket < static_cast<float>(kBuckets - 1) ? static_cast<uint32_t>(bucket)
+                                                         : kBuckets - 1;
+    }
+
+    bool OpenNextBucket() {
+        while (m_current + 1 < kBuckets) {
+            ++m_current;
+            uint32_t i = m_heads[m_current];
+            if (i == kNone) {
+                continue;
+            }
+            for (; i != kNone; i = m_filed[i].next) {
+                m_heap.push_back(m_filed[i].key);
+            }
+            std::make_heap(m_heap.begin(), m_heap.end(), std::greater<uint64_t>());
+            return true;
+        }
+        return false;
+    }
+
+    float m_scale = 0;
+    uint32_t m_current = 0;
+    std::vector<uint32_t> m_heads;
+    std::vector<Filed> m_filed;
+    std::vector<uint64_t> m_heap;
+};
+
+}  // namespace
+
+Polygon::Polygon(const math::Vec2List& worldPoints) {
+    // Consecutive repeats carry no edge; a closing copy of the first point neither.
+    m_vertices.reserve(worldPoints.size());
+    for (size_t i = 0; i < worldPoints.size(); ++i) {
+        if (m_vertices.empty() || worldPoints[i] != m_vertices.back()) {
+            m_vertices.push_back(worldPoints[i]);
+        }
+    }
+    while (m_vertices.size() > 1 && m_vertices.back() == m_vertices.front()) {
+        m_vertices.pop_back();
+    }
+    if (m_vertices.size() < 3) {
+        VORRA_THROW(BadDataException, "Bad polygon");
+    }
+    const size_t n = m_vertices.size();
+
+    // Shoelace sums, taken relative to the first point: the same values, with less
+    // cancellation for outlines drawn far from the origin.
+    const math::Vec2 origin = m_vertices[0];
+    float crossSum = 0;
+    math::Vec2 centroidSum(0, 0);
+    for (size_t i = 0; i < n; ++i) {
+        const math::Vec2 a = m_vertices[i] - origin;
+        const math::Vec2 b = m_vertices[(i + 1) % n] - origin;
+        const float cross = math::Cross(a, b);
+        crossSum += cross;
+        centroidSum += (a + b) * cross;
+    }
+    float area = crossSum / 2;
+    math::Vec2 centroid = centroidSum / (6 * area) + origin;
+    if (!math::IsFinite(centroid)) {
+        // No area (all points on one line): the mean keeps the vertices finite, and the
+        // inertia below comes out as a non-number that the body rejects.
+        centroid = math::Vec2(0, 0);
+        for (size_t i = 0; i < n; ++i) {
+            centroid += m_vertices[i];
+        }
+        centroid /= static_cast<float>(n);
+    }
+    if (area < 0) {
+        std::reverse(m_vertices.begin(), m_vertices.end());
+        area = -area;
+    }
+    for (size_t i = 0; i < n; ++i) {
+        m_vertices[i] -= centroid;
+    }
+
+    float inertiaSum = 0;
+    for (size_t i = 0; i < n; ++i) {
+        const math::Vec2 a = m_vertices[i];
+        const math::Vec2 b = m_vertices[(i + 1) % n];
+        inertiaSum += math::Cross(a, b) * (math::Dot(a, a) + math::Dot(a, b) + math::Dot(b, b));
+    }
+    const float inertia = inertiaSum / (12 * area);
+    if (area < 0 || inertia < 0) {
+        Log(logging::Warning, "Bad area or mass in polygon");
+    }
+    m_area = std::fabs(area);
+    m_inertiaPerMass = std::fabs(inertia);
+
+    m_lines.resize(n);
+    for (size_t i = 0; i < n; ++i) {
+        m_lines[i] = {m_vertices[i], m_vertices[(i + 1) % n]};
+    }
+
+    for (size_t i = 0; i < n; ++i) {
+        for (size_t j = i + 1; j < n; ++j) {
+            if (Intersects(m_lines[i], m_lines[j])) {
+                VORRA_THROW(BadDataException, "Self-intersecting polygon");
+            }
+        }
+    }
+
+    m_obb = math::OBB2D::BuildBest(m_vertices.data(), n);
+
+    // Circle around the two vertices farthest apart; the first such pair wins ties.
+    float farthest2 = -1;
+    size_t farA = 0;
+    size_t farB = 0;
+    for (size_t i = 0; i < n; ++i) {
+        for (size_t j = i + 1; j < n; ++j) {
+            const float d2 = (m_vertices[j] - m_vertices[i]).SquaredLength();
+            if (d2 > farthest2) {
+                farthest2 = d2;
+                farA = i;
+                farB = j;
+            }
+        }
+    }
+    m_localCircle.centre = (m_vertices[farA] + m_vertices[farB]) * 0.5f;
+    float radius2 = 0;
+    for (size_t i = 0; i < n; ++i) {
+        radius2 = std::max(radius2, (m_vertices[i] - m_localCircle.centre).SquaredLength());
+    }
+    m_localCircle.radius = std::sqrt(radius2);
+
+    // The map box is the tight box with a margin of two cells, or of 0.2 at least, so that
+    // the border cells lie outside and the field has room to turn around corners.
+    const float mapCells = static_cast<float>(kMapSize);
+    const float cellX = std::max(2 * m_obb.halfExtents.x / mapCells, kMinCellSize);
+    const float cellY = std::max(2 * m_obb.halfExtents.y / mapCells, kMinCellSize);
+    m_mapBox = m_obb;
+    m_mapBox.halfExtents = math::Vec2(m_obb.halfExtents.x + kMarginCells * cellX,
+                                      m_obb.halfExtents.y + kMarginCells * cellY);
+
+    // Into the map box's frame, shifted to its corner, scaled to cells, and half a cell back
+    // so that cell centres fall on whole numbers.
+    const math::Vec2& h = m_mapBox.halfExtents;
+    const math::Vec2& c = m_mapBox.centre;
+    const math::Vec2& u = m_mapBox.axis1;
+    const math::Vec2& v = m_mapBox.axis2;
+    const float sx = mapCells / (2 * h.x);
+    const float sy = mapCells / (2 * h.y);
+    // clang-format off
+    m_localToMap = math::TMatrix3<float>(u.x * sx, u.y * sx, (h.x - math::Dot(c, u)) * sx - 0.5f,
+                                         v.x * sy, v.y * sy, (h.y - math::Dot(c, v)) * sy - 0.5f,
+                                         0,        0,        1);
+    // clang-format on
+    m_mapToLocal = math::Inverted(m_localToMap);
+
+    CalcDistMap();
+    CalcNormalMap();
+
+    m_worldVertices.resize(n);
+    m_worldLines.resize(n);
+    SetTransform(Transform{math::Vec2(1, 0), centroid});
+}
+
+Polygon::Polygon(const Polygon& other)
+    : Geom(other),
+      m_vertices(other.m_vertices),
+      m_worldVertices(other.m_worldVertices),
+      m_lines(other.m_lines),
+      m_worldLines(other.m_worldLines),
+      m_localCircle(other.m_localCircle),
+      m_worldCircle(other.m_worldCircle),
+      m_boundingBox(other.m_boundingBox),
+      m_obb(other.m_obb),
+      m_worldOBB(other.m_worldOBB),
+      m_mapBox(other.m_mapBox),
+      m_localToMap(other.m_localToMap),
+      m_mapToLocal(other.m_mapToLocal),
+      m_distMap(other.m_distMap),
+      m_outlineMap(other.m_outlineMap),
+      m_normalMap(other.m_normalMap),
+      m_area(other.m_area),
+      m_inertiaPerMass(other.m_inertiaPerMass),
+      m_perimeter(other.m_perimeter) {}
+
+Polygon::~Polygon() = default;
+
+PolygonPtr Polygon::CreateBox(math::real x1, math::real y1, math::real x2, math::real y2) {
+    const math::Vec2 corners[4] = {{x1, y1}, {x2, y1}, {x2, y2}, {x1, y2}};
+    const float fractions[4] = {0, 1.0f / 32, 0.5f, 31.0f / 32};
+    math::Vec2List points;
+    points.reserve(16);
+    for (int side = 0; side < 4; ++side) {
+        const math::Vec2& a = corners[side];
+        const math::Vec2& b = corners[(side + 1) % 4];
+        for (float f : fractions) {
+            points.push_back(a + (b - a) * f);
+        }
+    }
+    return PolygonPtr(new Polygon(points));
+}
+
+void Polygon::CalcDistMap() {
+    const size_t cellCount = static_cast<size_t>(kMapSize) * kMapSize;
+    std::vector<BuildCell> cells(cellCount);
+
+    // No distance within the map exceeds its diagonal.
+    BuildQueue queue((m_mapBox.halfExtents * 2).Length(), cellCount + cellCount / 4);
+
+    const auto centreOf = [this](int x, int y) {
+        return m_mapToLocal.TransformPoint(
+            math::Vec2(static_cast<float>(x), static_cast<float>(y)));
+    };
+    // A cell takes the line if it is strictly nearer than what it has. Earlier entries of the
+    // cell stay queued; the done flag skips them when they come up.
+    const auto offer = [&](int x, int y, const Line* line) {
+        const uint32_t index = static_cast<uint32_t>(y * kMapSize + x);
+        BuildCell& cell = cells[index];
+        const math::Vec2 p = centreOf(x, y);
+        const float d2 = (p - Project(*line, p).point).SquaredLength();
+        if (d2 < cell.squaredDist) {
+            cell.closest = line;
+            cell.squaredDist = d2;
+            queue.Push(d2, index);
+        }
+    };
+
+    // Seed: every cell that a line's rasterisation touches gets that line. A cell met twice
+    // by the same line is offered the same distance again, which changes nothing, so the
+    // cells need no de-duplication.
+    for (const Line& line : m_lines) {
+        const math::Vec2 p0 = m_localToMap.TransformPoint(line.a);
+        const math::Vec2 p1 = m_localToMap.TransformPoint(line.b);
+        CODE_CHECK(p0 != p1);
+        if (!math::IsFinite(p0) || !math::IsFinite(p1)) {
+            continue;  // nothing to walk; the cells left without a line are caught below
+        }
+        int x0 = static_cast<int>(std::floor(p0.x + 0.5f));
+        int y0 = static_cast<int>(std::floor(p0.y + 0.5f));
+        const int x1 = static_cast<int>(std::floor(p1.x + 0.5f));
+        const int y1 = static_cast<int>(std::floor(p1.y + 0.5f));
+        const int dx = std::abs(x1 - x0);
+        const int dy = std::abs(y1 - y0);
+        const int stepX = x1 >= x0 ? 1 : -1;
+        const int stepY = y1 >= y0 ? 1 : -1;
+        const bool xMajor = dx >= dy;
+        const int major = xMajor ? dx : dy;
+        const int minor = xMajor ? dy : dx;
+        int error = 0;
+        for (int i = 0; i <= major; ++i) {
+            if (x0 >= 0 && x0 < kMapSize && y0 >= 0 && y0 < kMapSize) {
+                offer(x0, y0, &line);
+            }
+            error += minor;
+            const bool minorStep = error * 2 >= major;
+            if (minorStep) {
+                error -= major;
+            }
+            if (xMajor) {
+                x0 += stepX;
+                y0 += minorStep ? stepY : 0;
+            } else {
+                y0 += stepY;
+                x0 += minorStep ? stepX : 0;
+            }
+        }
+    }
+
+    // Dijkstra's order over the feature transform: a cell is final when it comes up first,
+    // and then hands its line on to its neighbours.
+    uint32_t index;
+    while (queue.Pop(index)) {
+        BuildCell* cell = &cells[index];
+        if (cell->done) {
+            continue;
+        }
+        cell->done = true;
+        CODE_ASSERT(cell->closest);
+        const int x = static_cast<int>(index % kMapSize);
+        const int y = static_cast<int>(index / kMapSize);
+        for (int ny = y - 1; ny <= y + 1; ++ny) {
+            if (ny < 0 || ny >= kMapSize) {
+                continue;
+            }
+            for (int nx = x - 1; nx <= x + 1; ++nx) {
+                if (nx < 0 || nx >= kMapSize || (nx == x && ny == y)) {
+                    continue;
+                }
+                // A neighbour that holds this line already would get the same distance again.
+                const BuildCell& neighbour = cells[static_cast<size_t>(ny * kMapSize + nx)];
+                if (neighbour.done || neighbour.closest == cell->closest) {
+                    continue;
+                }
+                offer(nx, ny, cell->closest);
+            }
+        }
+    }
+
+    // Outward vertex normals decide the sign where the nearest point is a vertex, which is
+    // where the side test of a single line goes wrong at concave corners.
+    const size_t n = m_vertices.size();
+    math::Vec2List vertexNormals;
+    vertexNormals.resize(n);
+    for (size_t i = 0; i < n; ++i) {
+        const Line& before = m_lines[(i + n - 1) % n];
+        const Line& after = m_lines[i];
+        const math::Vec2 s =
+            math::Normalized(before.b - before.a) + math::Normalized(after.b - after.a);
+        vertexNormals[i] = math::Normalized(math::Vec2(s.y, -s.x));
+    }
+
+    util::VectorPOD<float> runLength;
+    runLength.resize(n + 1);
+    runLength[0] = 0;
+    for (size_t i = 0; i < n; ++i) {
+        runLength[i + 1] = runLength[i] + (m_lines[i].b - m_lines[i].a).Length();
+    }
+    m_perimeter = runLength[n];
+
+    CODE_ASSERT(m_lines.size() == m_vertices.size());
+    m_distMap.Resize(kMapSize, kMapSize);
+    m_outlineMap.Resize(kMapSize, kMapSize);
+    float* dist = m_distMap.data();
+    float* outline = m_outlineMap.data();
+    for (int x = 0; x < kMapSize; ++x) {
+        for (int y = 0; y < kMapSize; ++y) {
+            const size_t index = static_cast<size_t>(y * kMapSize + x);
+            const BuildCell& cell = cells[index];
+            CODE_ASSERT(cell.closest);
+            const Line& line = *cell.closest;
+            const size_t lineIndex = static_cast<size_t>(cell.closest - m_lines.data());
+            const math::Vec2 p = centreOf(x, y);
+            const Projection q = Project(line, p);
+            float d = (p - q.point).Length();
+            if (q.point == line.a && q.point != line.b) {
+                if (math::Dot(p - q.point, vertexNormals[lineIndex]) < 0) {
+                    d = -d;
+                }
+            } else if (q.point == line.b) {
+                if (math::Dot(p - q.point, vertexNormals[(lineIndex + 1) % n]) < 0) {
+                    d = -d;
+                }
+            } else if ((p.y - line.a.y) * (line.b.x - line.a.x) -
+                           (p.x - line.a.x) * (line.b.y - line.a.y) >
+                       0) {
+                d = -d;
+            }
+            dist[index] = d;
+            outline[index] =
+                runLength[lineIndex] + q.t * (runLength[lineIndex + 1] - runLength[lineIndex]);
+        }
+    }
+
+    // The margin puts the corner well outside; anything else is a fault of the build.
+    if (!(m_distMap(0, 0) > 0)) {
+        VORRA_THROW(BadCoderException, "Bad distance map generated");
+    }
+}
+
+void Polygon::CalcNormalMap() {
+    constexpr int w = kMapSize;
+    constexpr int h = kMapSize;
+    const float* d = m_distMap.data();
+    const auto at = [d](int x, int y) { return d[y * w + x]; };
+    m_normalMap.Resize(kMapSize, kMapSize);
+    math::Vec2* normals = m_normalMap.data();
+    for (int y = 0; y < h; ++y) {
+        for (int x = 0; x < w; ++x) {
+            // Central differences span two cells; the one-sided ones at the border are
+            // doubled to the same scale.
+            float dx;
+            if (x == 0) {
+                dx = 2 * (at(1, y) - at(0, y));
+            } else if (x == w - 1) {
+                dx = 2 * (at(w - 1, y) - at(w - 2, y));
+            } else {
+                dx = at(x + 1, y) - at(x - 1, y);
+            }
+            float dy;
+            if (y == 0) {
+                dy = 2 * (at(x, 1) - at(x, 0));
+            } else if (y == h - 1) {
+                dy = 2 * (at(x, h - 1) - at(x, h - 2));
+            } else {
+                dy = at(x, y + 1) - at(x, y - 1);
+            }
+            normals[y * w + x] = math::Normalized(m_mapToLocal.TransformVector(math::Vec2(dx, dy)));
+        }
+    }
+}
+
+math::Vec2 Polygon::ClosestPoint(const math::Vec2& worldPoint) const {
+    math::Vec2 best(0, 0);
+    float best2 = math::Infinity();
+    for (const Line& line : m_worldLines) {
+        const math::Vec2 q = Project(line, worldPoint).point;
+        const float d2 = (worldPoint - q).SquaredLength();
+        if (d2 < best2) {
+            best2 = d2;
+            best = q;
+        }
+    }
+    return best;
+}
+
+void Polygon::SetTransform(const Transform& localToWorld) {
+    Geom::SetTransform(localToWorld);
+    const Transform& t = GetTransform();
+
+    m_worldOBB.centre = t.Apply(m_obb.centre);
+    m_worldOBB.axis1 = t.ApplyToVector(m_obb.axis1);
+    m_worldOBB.axis2 = t.ApplyToVector(m_obb.axis2);
+    m_worldOBB.halfExtents = m_obb.halfExtents;
+
+    m_worldCircle.centre = t.Apply(m_localCircle.centre);
+    m_worldCircle.radius = m_localCircle.radius;
+
+    const size_t n = m_vertices.size();
+    m_boundingBox = math::BoundingBox2f();
+    for (size_t i = 0; i < n; ++i) {
+        m_worldVertices[i] = t.Apply(m_vertices[i]);
+        m_boundingBox.Add(m_worldVertices[i]);
+    }
+    for (size_t i = 0; i < n; ++i) {
+        m_worldLines[i] = {t.Apply(m_lines[i].a), t.Apply(m_lines[i].b)};
+    }
+}
+
+math::Vec2List AssertMaxDist(const math::Vec2List& points, math::real maxDist) {
+    math::Vec2List result;
+    const size_t n = points.size();
+    if (n == 0) {
+        return result;
+    }
+    result.push_back(points[0]);
+    for (size_t i = 1; i <= n; ++i) {
+        const math::Vec2 a = points[i - 1];
+        const math::Vec2 b = points[i % n];
+        if (a == b) {
+            continue;
+        }
+        const float d = (b - a).Length();
+        if (d > maxDist) {
+            const int k = static_cast<int>(std::ceil(d / maxDist));
+            for (int j = 1; j < k; ++j) {
+                result.push_back(a + (b - a) * (static_cast<float>(j) / static_cast<float>(k)));
+            }
+        }
+        result.push_back(b);
+    }
+    CODE_ASSERT(result.back() == result.front());
+    result.pop_back();
+    return result;
+}
+
+bool Intersects(const Line& lineA, const Line& lineB) {
+    const math::Vec2& p1 = lineA.a;
+    const math::Vec2& p2 = lineA.b;
+    const math::Vec2& q1 = lineB.a;
+    const math::Vec2& q2 = lineB.b;
+    if (p1 == q1 || p2 == q2) {
+        return true;
+    }
+    if (p1 == q2 || q1 == p2) {
+        return false;
+    }
+    const math::Vec2 r = p2 - p1;
+    const math::Vec2 s = q2 - q1;
+    const float den = math::Cross(r, s);
+    if (math::NearZero(den)) {
+        return false;
+    }
+    const math::Vec2 w = q1 - p1;
+    const float tA = math::Cross(w, s) / den;
+    const float tB = math::Cross(w, r) / den;
+    return tA >= 0 && tA <= 1 && tB >= 0 && tB <= 1;
+}
+
+bool MayTouch(const Polygon& a, const Polygon& b) {
+    const BoundingCircle ca = a.GetBoundingCircle();
+    const BoundingCircle cb = b.GetBoundingCircle();
+    const float reach = ca.radius + cb.radius;
+    if (!((cb.centre - ca.centre).SquaredLength() < reach * reach)) {
+        return false;
+    }
+    if (!OBBOverlap(a.GetOBB(), b.GetOBB())) {
+        return false;
+    }
+    return a.Dist(cb.centre) <= cb.radius && b.Dist(ca.centre) <= ca.radius;
+}
+
+bool IsInside(const Polygon& inner, const Polygon& outer) {
+    if (!MayTouch(inner, outer)) {
+        return false;
+    }
+    for (const math::Vec2& v : inner.GetWorldVertices()) {
+        if (!(outer.Dist(v) < 0)) {
+            return false;
+        }
+    }
+    for (const math::Vec2& v : outer.GetWorldVertices()) {
+        if (inner.Dist(v) < 0) {
+            return false;
+        }
+    }
+    return true;
+}
+
+size_t CountCrossings(const Polygon& a, const Polygon& b) {
+    size_t count = 0;
+    for (const Line& lineA : a.GetWorldLines()) {
+        for (const Line& lineB : b.GetWorldLines()) {
+            if (Intersects(lineA, lineB)) {
+                ++count;
+            }
+        }
+    }
+    return count;
+}
+
+}  // namespace physics
