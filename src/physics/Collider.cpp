@@ -49,10 +49,6 @@ math::BoundingBox2f BoundsOfPolygon(const Polygon& polygon) {
     return box;
 }
 
-bool Overlap(const math::BoundingBox2f& a, const math::BoundingBox2f& b) {
-    return a.min.x <= b.max.x && b.min.x <= a.max.x && a.min.y <= b.max.y && b.min.y <= a.max.y;
-}
-
 // Corners in the order the contacts number them.
 void BoxCorners(const math::OBB2D& o, Vec2 corners[4]) {
     const Vec2 u = o.axis1 * o.halfExtents.x;
@@ -274,17 +270,15 @@ void Collider::Collide(std::vector<ContactPtr>& contacts) {
     }
     {
         VORRA_PROFILE("Box-Polygon");
-        walkAcross(m_boxes.size(), m_polygons.size(), m_boxBounds, m_polygonBounds,
-                   [&](size_t i, size_t j) {
-                       CollideBoxPolygon(contacts, m_boxes[i], m_polygons[j]);
-                   });
+        walkAcross(
+            m_boxes.size(), m_polygons.size(), m_boxBounds, m_polygonBounds,
+            [&](size_t i, size_t j) { CollideBoxPolygon(contacts, m_boxes[i], m_polygons[j]); });
     }
     {
         VORRA_PROFILE("Box-Circle");
-        walkAcross(m_boxes.size(), m_circles.size(), m_boxBounds, m_circleBounds,
-                   [&](size_t i, size_t j) {
-                       CollideBoxCircle(contacts, m_boxes[i], m_circles[j]);
-                   });
+        walkAcross(
+            m_boxes.size(), m_circles.size(), m_boxBounds, m_circleBounds,
+            [&](size_t i, size_t j) { CollideBoxCircle(contacts, m_boxes[i], m_circles[j]); });
     }
     // The water groups join here with the fluid.
 }
@@ -542,8 +536,7 @@ void Collider::CollideBoxPolygon(std::vector<ContactPtr>& contacts, Box* box, Po
     VerticesAgainstField(contacts, corners, 4, p.polygon, box, index);
 }
 
-void Collider::CollideBoxCircle(std::vector<ContactPtr>& contacts, Box* box,
-                                const CircleEntry& c) {
+void Collider::CollideBoxCircle(std::vector<ContactPtr>& contacts, Box* box, const CircleEntry& c) {
     if (!CanCollide(box->GetBody(), box, c.body, c.circle)) {
         return;
     }

@@ -50,7 +50,7 @@ public:
 TEST(Collision, PlaneAndCircleTouchOnlyWhenOverlapping) {
     Scene scene;
     scene.Add(new physics::Plane(), {0, 0}, 1.5707964f, true);  // normal (0, 1) through 0
-    scene.Add(new physics::Circle(1), {0, 1});                   // resting exactly: nothing
+    scene.Add(new physics::Circle(1), {0, 1});                  // resting exactly: nothing
     scene.Add(new physics::Circle(1), {5, 1 - 1e-3f});
     const std::vector<physics::ContactPtr> contacts = scene.Contacts(true);
     ASSERT_EQ(contacts.size(), 1u);
@@ -111,7 +111,7 @@ TEST(Collision, BroadPhaseFindsExactlyThePairwiseContacts) {
                     const float h = size(random);
                     // A concave outline: an L.
                     math::Vec2List outline{Vec2(0, 0), Vec2(2 * w, 0), Vec2(2 * w, h),
-                                           Vec2(w, h),  Vec2(w, 2 * h), Vec2(0, 2 * h)};
+                                           Vec2(w, h), Vec2(w, 2 * h), Vec2(0, 2 * h)};
                     for (Vec2& v : outline) {
                         v += at;
                     }
