@@ -28,9 +28,16 @@ struct Segment {
     Constraint* other;
 };
 
+// A constraint with its priority beside it, so that sorting does not chase pointers.
+struct Keyed {
+    math::real key;
+    Constraint* constraint;
+};
+
 // Kept from solve to solve, so that a step allocates only when its lists outgrow them.
 struct SweepBuffers {
     ConstraintList order;
+    util::VectorPOD<Keyed> keyed;
     util::VectorPOD<Contact*> contacts;
     util::VectorPOD<ContactRow> rows;
     util::VectorPOD<Segment> segments;
@@ -93,12 +100,17 @@ void GaussSeidelSolver(const ConstraintList& constraints, const SolverSettings& 
     ConstraintList& order = buffers.order;
     order = constraints;
     if (settings.solvePreSortConstraints) {
+        util::VectorPOD<Keyed>& keyed = buffers.keyed;
+        keyed.clear();
         for (Constraint* constraint : order) {
             constraint->CalcDelta();
+            keyed.push_back(Keyed{SortKey(constraint->priority), constraint});
         }
-        std::sort(order.begin(), order.end(), [](const Constraint* a, const Constraint* b) {
-            return SortKey(a->priority) > SortKey(b->priority);
-        });
+        std::sort(keyed.begin(), keyed.end(),
+                  [](const Keyed& a, const Keyed& b) { return a.key > b.key; });
+        for (size_t i = 0; i < keyed.size(); ++i) {
+            order[i] = keyed[i].constraint;
+        }
     }
 
     // Contacts, nearly all of the rows, are swept as packed copies: contiguous, without
