@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "TestPieces.h"
 #include "math/MathUtil.h"
 #include "physics/AbstractBody.h"
 #include "physics/ContactCache.h"
@@ -21,43 +22,11 @@ using math::Vec2;
 using physics::Contact;
 using physics::ContactPtr;
 
-// A body whose mass and inertia are set directly, not derived from shapes.
-class TestBody : public physics::AbstractBody {
-public:
-    TestBody(float mass, float inertia, const Vec2& at) {
-        m_mass = mass;
-        m_massInv = 1 / mass;
-        m_inertia = inertia;
-        m_inertiaInv = 1 / inertia;
-        position = at;
-    }
-};
-
-// Contacts read only a geom's ID, owner and material, so the shape can be a dummy.
-class TestGeom : public physics::Geom {
-public:
-    math::real Dist(const Vec2&) const override { return 0; }
-    Vec2 Normal(const Vec2&) const override { return {0, 1}; }
-    math::real Area() const override { return 1; }
-    math::real InertiaPerMass() const override { return 1; }
-    Vec2 ClosestPoint(const Vec2& p) const override { return p; }
-    math::BoundingBox2f GetBoundingBox() const override { return {}; }
-    math::OBB2D GetOBB() const override { return {}; }
-    physics::BoundingCircle GetBoundingCircle() const override { return {}; }
-};
-
-struct Piece {
-    util::SharedPtr<TestBody> body;
-    util::SharedPtr<TestGeom> geom;
-};
+using test_physics::Piece;
+using test_physics::TestGeom;
 
 Piece MakePiece(float mass, float inertia, const Vec2& at, bool isStatic = false) {
-    Piece piece{new TestBody(mass, inertia, at), new TestGeom()};
-    piece.body->SetStatic(isStatic);
-    piece.geom->SetBody(piece.body);
-    piece.geom->friction = 0.5f;
-    piece.geom->restitution = 0.5f;
-    return piece;
+    return test_physics::MakePiece(mass, inertia, at, isStatic, 0.5f);
 }
 
 constexpr float kInf = std::numeric_limits<float>::infinity();
