@@ -1,5 +1,6 @@
 #include "physics/Body.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "logging/Log.h"
@@ -13,17 +14,7 @@ namespace physics {
 Body::~Body() = default;
 
 void Body::UpdateTransforms() {
-    if (!math::IsFinite(angle)) {
-        angle = 0;
-    } else {
-        // After fmod one whole turn at most brings it into (-pi, pi].
-        angle = std::fmod(angle, 6.2831855f);
-        if (angle <= -3.1415927f) {
-            angle += 6.2831855f;
-        } else if (angle > 3.1415927f) {
-            angle -= 6.2831855f;
-        }
-    }
+    angle = WrappedAngle(angle);
     m_transform = Transform::FromAngle(angle, position);
     m_inverseTransform = m_transform.Inverted();
     for (const PlacedGeom& bp : m_placedGeoms) {
@@ -53,8 +44,12 @@ void Body::SetGeoms(const GeomSet& newGeoms) {
     using math::IsFinite;
 
     // Our own copy: the argument may be our own set, which is emptied below, and the copy
-    // keeps every geom alive while it changes hands.
-    const GeomSet geoms = newGeoms;
+    // keeps every geom alive while it changes hands. It is sorted by ID, because the set's
+    // order follows addresses: sums over geoms, and all later walks of the placed list,
+    // must come out the same in every run.
+    std::vector<GeomPtr> geoms(newGeoms.begin(), newGeoms.end());
+    std::sort(geoms.begin(), geoms.end(),
+              [](const GeomPtr& a, const GeomPtr& b) { return a->GetID() < b->GetID(); });
     // Detaching the present geoms drops their references to this body, which may have been
     // the only ones. The lock keeps it alive to the end, yet never deletes a body that
     // nobody owned to begin with.

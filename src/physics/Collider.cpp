@@ -95,9 +95,10 @@ void Collider::AssignBodies(const BodyList& bodies) {
     m_circles.clear();
     m_boxes.clear();
     for (const BodyPtr& body : bodies) {
-        for (const GeomPtr& geom : body->GetGeoms()) {
-            CODE_ASSERT(geom->GetBody());
-            Geom* g = geom.Get();
+        // The placed list is in ID order, the same in every run.
+        for (const Body::PlacedGeom& placed : body->GetPlacedGeoms()) {
+            CODE_ASSERT(placed.geom->GetBody());
+            Geom* g = placed.geom.Get();
             if (Polygon* polygon = dynamic_cast<Polygon*>(g)) {
                 m_polygons.push_back({body.Get(), polygon});
             } else if (Circle* circle = dynamic_cast<Circle*>(g)) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "math/MathUtil.h"
 #include "math/Real.h"
 #include "math/Vector2.h"
@@ -48,6 +50,9 @@ public:
     math::Vec2 r1{0, 0};  // from each body's centre to the constraint point
     math::Vec2 r2{0, 0};
     math::real priority = 0;  // squared size of the last computed change
+    // Place in this solve's list; orders neighbours the same way in every run, where
+    // addresses would not.
+    uint32_t solveOrder = 0;
 };
 
 }  // namespace physics

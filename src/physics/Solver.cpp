@@ -161,7 +161,9 @@ void PrioritizedSolver(const std::vector<AbstractBody*>& allBodies,
     // Keyed by priority alone, so that equal priorities share one place and the later
     // one stays out; erasing by a constraint's priority removes whoever holds it.
     std::map<math::real, Constraint*, std::greater<math::real>> queue;
+    uint32_t order = 0;
     for (Constraint* constraint : constraints) {
+        constraint->solveOrder = order++;
         if (!(constraint->bodies[0] && constraint->bodies[1])) {
             ::AssertionFailed("bodies[0] && bodies[1]", true, true, __PRETTY_FUNCTION__, __FILE__,
                               __LINE__);
@@ -187,7 +189,9 @@ void PrioritizedSolver(const std::vector<AbstractBody*>& allBodies,
                 neighbours.push_back(c);
             }
         }
-        std::sort(neighbours.begin(), neighbours.end(), std::less<Constraint*>());
+        std::sort(
+            neighbours.begin(), neighbours.end(),
+            [](const Constraint* a, const Constraint* b) { return a->solveOrder < b->solveOrder; });
         Constraint** end = std::unique(neighbours.begin(), neighbours.end());
         for (Constraint** c = neighbours.begin(); c != end; ++c) {
             queue.erase(SortKey((*c)->priority));

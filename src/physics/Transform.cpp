@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "math/MathUtil.h"
+
 namespace physics {
 
 Transform Transform::FromAngle(float angle, const math::Vec2& translation) {
@@ -10,6 +12,19 @@ Transform Transform::FromAngle(float angle, const math::Vec2& translation) {
 
 float Transform::Angle() const {
     return std::atan2(rotation.y, rotation.x);
+}
+
+float WrappedAngle(float angle) {
+    if (!math::IsFinite(angle)) {
+        return 0;
+    }
+    angle = std::fmod(angle, 6.2831855f);
+    if (angle <= -3.1415927f) {
+        angle += 6.2831855f;
+    } else if (angle > 3.1415927f) {
+        angle -= 6.2831855f;
+    }
+    return angle;
 }
 
 }  // namespace physics

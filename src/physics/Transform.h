@@ -34,4 +34,8 @@ struct Transform {
     float Angle() const;
 };
 
+// A finite angle moved into (-pi, pi] by fmod and at most one whole turn; a non-finite
+// one becomes 0.
+float WrappedAngle(float angle);
+
 }  // namespace physics

@@ -12,6 +12,7 @@
 #include "physics/AbstractBody.h"
 #include "physics/Geom.h"
 #include "physics/Shapes.h"
+#include "physics/Simulation.h"
 #include "util/Exception.h"
 #include "util/Pointee.h"
 
@@ -24,37 +25,6 @@ using physics::GeomPtr;
 using physics::GeomSet;
 
 constexpr float kPi = 3.1415927f;
-
-// The world body and world geom must draw ID 0 from their counters before any other body or
-// geom of the test binary, as the simulation makes them first in the program.
-class WorldObjects : public testing::Environment {
-public:
-    void SetUp() override {
-        if (physics::AbstractBody::PeekNextID() != 0 || physics::Geom::PeekNextID() != 0) {
-            return;
-        }
-        s_geom = GeomPtr(new physics::WorldGeom);
-        s_body = BodyPtr(new Body);
-        s_body->SetGeom(s_geom);
-    }
-    void TearDown() override {
-        // The world body keeps its geom for good; cut the geom's back reference instead.
-        if (s_geom) {
-            s_geom->SetBody(nullptr);
-        }
-        s_body.Reset();
-        s_geom.Reset();
-    }
-
-    static BodyPtr s_body;
-    static GeomPtr s_geom;
-};
-
-BodyPtr WorldObjects::s_body;
-GeomPtr WorldObjects::s_geom;
-
-[[maybe_unused]] testing::Environment* const kWorldObjects =
-    testing::AddGlobalTestEnvironment(new WorldObjects);
 
 void ExpectNear(const Vec2& actual, const Vec2& expected, float tolerance = 1e-5f) {
     EXPECT_NEAR(actual.x, expected.x, tolerance);
@@ -190,18 +160,19 @@ TEST(AbstractBody, BadWhenMotionIsNotFinite) {
 // --- The world body ---
 
 TEST(WorldBody, IsTheFirstBodyAndHoldsTheFirstGeom) {
-    ASSERT_TRUE(WorldObjects::s_body);
-    EXPECT_EQ(WorldObjects::s_body->GetID(), 0u);
-    EXPECT_EQ(WorldObjects::s_geom->GetID(), 0u);
-    EXPECT_EQ(WorldObjects::s_geom->GetBody(), WorldObjects::s_body.Get());
-    EXPECT_EQ(WorldObjects::s_body->GetMassInv(), 0);
-    EXPECT_EQ(WorldObjects::s_body->GetInertiaInv(), 0);
-    EXPECT_EQ(WorldObjects::s_body->position, Vec2(0, 0));
-    EXPECT_FALSE(WorldObjects::s_body->IsBad());
+    ASSERT_TRUE(physics::Simulation::Get().GetWorldBody());
+    EXPECT_EQ(physics::Simulation::Get().GetWorldBody()->GetID(), 0u);
+    EXPECT_EQ(physics::Simulation::Get().GetWorldGeom()->GetID(), 0u);
+    EXPECT_EQ(physics::Simulation::Get().GetWorldGeom()->GetBody(),
+              physics::Simulation::Get().GetWorldBody().Get());
+    EXPECT_EQ(physics::Simulation::Get().GetWorldBody()->GetMassInv(), 0);
+    EXPECT_EQ(physics::Simulation::Get().GetWorldBody()->GetInertiaInv(), 0);
+    EXPECT_EQ(physics::Simulation::Get().GetWorldBody()->position, Vec2(0, 0));
+    EXPECT_FALSE(physics::Simulation::Get().GetWorldBody()->IsBad());
 }
 
 TEST(WorldBody, KeepsExactlyItsWorldGeom) {
-    const BodyPtr& world = WorldObjects::s_body;
+    const BodyPtr& world = physics::Simulation::Get().GetWorldBody();
     const GeomPtr circle = MakeCircle(1, {3, 3});
     ExpectCodeAssertion([&] { world->SetGeom(circle); }, "worldGeomCount == 1");
     ExpectCodeAssertion([&] { world->SetGeoms(GeomSet()); }, "worldGeomCount == 1");
@@ -209,10 +180,11 @@ TEST(WorldBody, KeepsExactlyItsWorldGeom) {
                         "(*g)->GetID() == 0");
     ExpectCodeAssertion([&] { world->AddGeom(GeomPtr(new physics::WorldGeom)); },
                         "(*g)->GetID() == 0");
-    ExpectCodeAssertion([&] { world->RemoveGeom(WorldObjects::s_geom); }, "geom->GetID() != 0");
+    ExpectCodeAssertion([&] { world->RemoveGeom(physics::Simulation::Get().GetWorldGeom()); },
+                        "geom->GetID() != 0");
     // Refused before anything was detached.
     EXPECT_EQ(world->GetGeoms().size(), 1u);
-    EXPECT_EQ(WorldObjects::s_geom->GetBody(), world.Get());
+    EXPECT_EQ(physics::Simulation::Get().GetWorldGeom()->GetBody(), world.Get());
     EXPECT_EQ(circle->GetBody(), nullptr);
 
     // Other geoms may join it; the body stays infinite, at the origin.

@@ -1,0 +1,386 @@
+#include "physics/Simulation.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+#include "logging/Log.h"
+#include "math/MathUtil.h"
+#include "physics/Body.h"
+#include "physics/Contact.h"
+#include "physics/MaterialDefaults.h"
+#include "physics/Shapes.h"
+#include "physics/Solver.h"
+#include "util/Assert.h"
+#include "util/Clock.h"
+#include "util/LexicalCast.h"
+#include "util/Profiler.h"
+
+namespace physics {
+
+using math::Vec2;
+
+Simulation::Simulation() : script::Reflected("Sim") {
+    RegisterAttributes();
+
+    // IDs come from running counters: the world objects must be the first of each kind.
+    m_worldGeom = GeomPtr(new WorldGeom);
+    m_worldBody = BodyPtr(new Body);
+    CODE_ASSERT(m_worldGeom->GetID() == 0);
+    CODE_ASSERT(m_worldBody->GetID() == 0);
+    Clear();
+}
+
+Simulation::~Simulation() {
+    ReleaseBodies();
+    // The world body keeps its geom for good; cut the geom's back reference instead.
+    m_worldGeom->SetBody(nullptr);
+}
+
+void Simulation::RegisterAttributes() {
+    AddAttrib(running, "running", true);
+    AddAttrib(timeFactor, "timeFactor", 1.0f);
+    AddAttrib(timeDelta, "timeDelta", 0.01f);
+    AddAttrib(gravity, "gravity", Vec2(0, -9.8f));
+    AddAttrib(gravitySwitch, "gravitySwitch", true);
+    AddAttrib(airSwitch, "airSwitch", true);
+    AddAttrib(airFrictionLinear, "airFrictionLinear", 0.01f);
+    AddAttrib(airFrictionQuadratic, "airFrictionQuadratic", 0.0f);
+    AddAttrib(rotFrictionLinear, "rotFrictionLinear", 0.01f);
+    AddAttrib(airDensity, "airDensity", 0.01f);
+    AddAttrib(springForce, "springForce", 1000.0f);
+    AddAttrib(defaultBodyDensity, "defaultBodyDensity", 2.0f);
+    AddAttrib(defaultBodyFriction, "defaultBodyFriction", 0.5f);
+    AddAttrib(defaultBodyRestitution, "defaultBodyRestitution", 0.5f);
+    AddAttrib(fallLimit, "fallLimit", 1000.0f);
+    AddAttrib(prioritizedSolver, "prioritizedSolver", false);
+    AddAttrib(targetPenetration, "targetPenetration", 0.001f);
+    AddAttrib(solveIter, "solveIter", 30);
+    AddAttrib(solveConstant, "solveConstant", 1e8f);
+    AddAttrib(solveDcontacts, "solveDcontacts", 5.0f);
+    AddAttrib(solveDconstraints, "solveDconstraints", 5.0f);
+    AddAttrib(solvePenetrationDamping, "solvePenetrationDamping", false);
+    AddAttrib(solveDistFactor, "solveDistFactor", 1.0f);
+    AddAttrib(solveVelFactor, "solveVelFactor", 1.0f);
+    AddAttrib(solveAccFactor, "solveAccFactor", 1.0f);
+    AddAttrib(solveRegularizationFactor, "solveRegularizationFactor", 1.0f);
+    AddAttrib(solvePreSortConstraints, "solvePreSortConstraints", true);
+    AddAttrib(leapFrog, "leapFrog", true);
+    AddAttrib(adHocSolver, "adHocSolver", false);
+    AddAttrib(warmStart, "warmStart", true);
+    AddAttrib(warmStartFactor, "warmStartFactor", 0.5f);
+    AddAttrib(maxPositionCorrection, "maxPositionCorrection", math::Infinity());
+
+    AddCommand("time",
+               [this]() -> script::ObjectPtr { return script::ValueToObject(m_simulatedTime); });
+
+    // New geoms read their material from the defaults; keep them in step at once, not at
+    // the next step, so that a shape made right after a change gets it.
+    const util::WeakPtr<util::Pointee> self(this);
+    for (auto* attrib : {&defaultBodyDensity, &defaultBodyFriction, &defaultBodyRestitution}) {
+        (*attrib)->GetOnChange().Add(self, [this]() { SyncMaterialDefaults(); });
+    }
+    SyncMaterialDefaults();
+}
+
+void Simulation::SyncMaterialDefaults() {
+    MaterialDefaults& defaults = MaterialDefaults::Current();
+    defaults.density = defaultBodyDensity->Get();
+    defaults.friction = defaultBodyFriction->Get();
+    defaults.restitution = defaultBodyRestitution->Get();
+}
+
+SolverSettings Simulation::GetSolverSettings() const {
+    SolverSettings s;
+    s.timeDelta = timeDelta->Get();
+    s.solveConstant = solveConstant->Get();
+    s.solveDcontacts = solveDcontacts->Get();
+    s.solveDconstraints = solveDconstraints->Get();
+    s.solveDistFactor = solveDistFactor->Get();
+    s.solveVelFactor = solveVelFactor->Get();
+    s.solveAccFactor = solveAccFactor->Get();
+    s.solveRegularizationFactor = solveRegularizationFactor->Get();
+    s.leapFrog = leapFrog->Get();
+    s.adHocSolver = adHocSolver->Get();
+    s.targetPenetration = targetPenetration->Get();
+    s.maxPositionCorrection = maxPositionCorrection->Get();
+    s.warmStart = warmStart->Get();
+    s.warmStartFactor = warmStartFactor->Get();
+    s.solveIter = solveIter->Get();
+    s.solvePreSortConstraints = solvePreSortConstraints->Get();
+    s.prioritizedSolver = prioritizedSolver->Get();
+    return s;
+}
+
+Vec2 Simulation::GetEffectiveGravity() const {
+    return gravitySwitch->Get() ? gravity->Get() : Vec2(0, 0);
+}
+
+void Simulation::AddBody(BodyPtr body) {
+    CODE_ASSERT(body);
+    if (std::find(m_bodies.begin(), m_bodies.end(), body) != m_bodies.end()) {
+        return;
+    }
+    body->UpdateTransforms();
+    m_bodies.push_back(std::move(body));
+}
+
+bool Simulation::RemoveBody(const BodyPtr& body) {
+    if (body == m_worldBody) {
+        return false;
+    }
+    const auto found = std::find(m_bodies.begin(), m_bodies.end(), body);
+    if (found == m_bodies.end()) {
+        return false;
+    }
+    // Held for the call: the list's reference may be the last one.
+    const BodyPtr keep = body;
+    keep->SetGeoms(GeomSet());
+    m_bodies.erase(found);
+    return true;
+}
+
+void Simulation::ReleaseBodies() {
+    // Emptying the geom set breaks each body's cycle with its geoms.
+    for (const BodyPtr& body : m_bodies) {
+        if (body != m_worldBody) {
+            body->SetGeoms(GeomSet());
+        }
+    }
+    m_bodies.clear();
+}
+
+void Simulation::Clear() {
+    ReleaseBodies();
+    m_allBodies.clear();
+    m_contacts.clear();
+    m_contactCache.Clear();
+    m_accumulated = 0;
+    m_simulatedTime = 0;
+    m_realtimeFraction = 0;
+    m_worldBody->SetGeom(m_worldGeom);
+    m_bodies.push_back(m_worldBody);
+}
+
+void Simulation::Update(double frameSeconds) {
+    VORRA_PROFILE("Simulation::Update");
+    m_status.clear();
+    timeFactor->SetNative(std::max(timeFactor->Get(), 0.0f));
+
+    const float factor = timeFactor->Get();
+    if (running->Get() && !math::NearZero(factor)) {
+        m_accumulated += frameSeconds * factor;
+        const double wanted = m_accumulated;
+        const double loopStart = util::Clock::Seconds();
+        const float h = timeDelta->Get();
+        while (m_accumulated > 0) {
+            const double stepStart = util::Clock::Seconds();
+            Step(running->Get());
+            const double stepEnd = util::Clock::Seconds();
+            m_accumulated = static_cast<float>(m_accumulated) - h;
+            m_simulatedTime = static_cast<float>(m_simulatedTime) + h;
+            const double now = util::Clock::Seconds();
+            if ((now - loopStart) + frameSeconds + (stepEnd - stepStart) > m_maxUpdateSeconds) {
+                break;
+            }
+        }
+        if (m_accumulated <= 0) {
+            // The small overshoot is carried into the next frame.
+            m_realtimeFraction = 1;
+            m_status = "100% realtime.\n";
+        } else {
+            m_realtimeFraction = static_cast<float>((wanted - m_accumulated) / wanted);
+            // The backlog is dropped: catching up would only make the next frame slower.
+            m_accumulated = 0;
+            char line[32];
+            std::snprintf(line, sizeof line, "%3d%% realtime\n",
+                          static_cast<int>(std::lround(m_realtimeFraction * 100)));
+            m_status = line;
+        }
+    } else {
+        m_status = "Frozen\n";
+        Step(false);
+    }
+    RemoveBadObjects();
+    AppendCounts();
+}
+
+void Simulation::AppendCounts() {
+    size_t geomCount = 0;
+    for (const BodyPtr& body : m_bodies) {
+        geomCount += body->GetGeoms().size();
+    }
+    size_t bodyCount = m_bodies.size();
+    if (m_worldBody->GetGeoms().size() == 1) {
+        --bodyCount;
+    }
+    const size_t particleCount = 0;  // the fluid's particles join with the fluid
+    const size_t springCount = 0;    // and springs and hinges with the links
+    const size_t hingeCount = 0;
+    m_status += util::LexicalCast<util::String>(bodyCount) + " bodies\n";
+    m_status += util::LexicalCast<util::String>(geomCount - 1) + " geometries\n";
+    m_status += util::LexicalCast<util::String>(particleCount) + " particles\n";
+    m_status += util::LexicalCast<util::String>(m_contacts.size()) + " contacts\n";
+    m_status += util::LexicalCast<util::String>(springCount) + " springs\n";
+    m_status += util::LexicalCast<util::String>(hingeCount) + " hinges\n";
+    m_status += "Running at " + util::LexicalCast<util::String>(1 / timeDelta->Get()) + " Hz\n";
+}
+
+void Simulation::Step(bool simulate) {
+    VORRA_PROFILE("Simu::Step");
+    const float h = timeDelta->Get();
+    RemoveBadObjects();
+    RebuildAllBodies();
+    if (simulate) {
+        CalcForces();
+    }
+    CalcContacts();
+    if (simulate) {
+        if (leapFrog->Get()) {
+            IntegrateVelocity(h / 2);
+            RunSolver();
+            IntegrateVelocity(h / 2);
+        } else {
+            RunSolver();
+            IntegrateVelocity(h);
+        }
+        IntegratePosition(h);
+    }
+    const bool isRunning = running->Get();
+    if (isRunning) {
+        for (AbstractBody* body : m_allBodies) {
+            body->force = Vec2(0, 0);
+            body->torque = 0;
+        }
+    }
+    m_stepCallbacks.CallAll(isRunning ? h : 0.0f);
+}
+
+void Simulation::RebuildAllBodies() {
+    m_allBodies.clear();
+    for (const BodyPtr& body : m_bodies) {
+        m_allBodies.push_back(body.Get());
+    }
+}
+
+void Simulation::RemoveBadObjects() {
+    const float fall = fallLimit->Get();
+    const Vec2 down = math::Normalized(GetEffectiveGravity());
+    m_removals.clear();
+    for (const BodyPtr& body : m_bodies) {
+        if (body->IsBad() || Dot(body->position, down) > fall) {
+            m_removals.push_back(body);
+        }
+    }
+    for (const BodyPtr& body : m_removals) {
+        Log(logging::Debug, "Removing bad object");
+        RemoveBody(body);
+    }
+    m_removals.clear();
+}
+
+void Simulation::CalcForces() {
+    VORRA_PROFILE("Simulation::CalcForces");
+    const float invDt = 1 / timeDelta->Get();
+    const Vec2 g = GetEffectiveGravity();
+    const float lin = airFrictionLinear->Get();
+    const float quad = airFrictionQuadratic->Get();
+    const float rot = rotFrictionLinear->Get();
+    const float rho = airDensity->Get();
+    const bool air = airSwitch->Get();
+    const bool drag = lin != 0 || quad != 0 || rot != 0;
+
+    VORRA_PROFILE("Body forces");
+    for (const BodyPtr& bodyPtr : m_bodies) {
+        Body& body = *bodyPtr;
+        if (body.IsImmovable()) {
+            continue;
+        }
+        const float mass = body.GetMass();
+        body.force += mass * g;
+        if (!air) {
+            continue;
+        }
+        const float speed = body.velocity.Length();
+        const Vec2 across =
+            speed == 0 ? Vec2(0, 0) : Vec2(body.velocity.y, -body.velocity.x) / speed;
+        float widthSum = 0;
+        Vec2 pressureCentreSum(0, 0);
+        Vec2 centroidSum(0, 0);
+        float airFactorSum = 0;
+        for (const Body::PlacedGeom& placed : body.GetPlacedGeoms()) {
+            const Geom& geom = *placed.geom;
+            const math::OBB2D box = geom.GetOBB();
+            const float width = 2 * (std::fabs(Dot(across, box.axis2)) * box.halfExtents.y +
+                                     std::fabs(Dot(across, box.axis1)) * box.halfExtents.x);
+            const float area = geom.Area();
+            widthSum += width;
+            pressureCentreSum += box.centre * width;
+            centroidSum += geom.GetPosition() * area;
+            airFactorSum += geom.airFrictionMult * area;
+        }
+        const float totalArea = body.GetArea();
+        const float average = airFactorSum / totalArea;
+        if (drag && !math::NearZero(speed) && widthSum > 0) {
+            const float c = std::min(average * widthSum * (lin + quad * speed), invDt * mass);
+            const Vec2 dragForce = -c * body.velocity;
+            body.force += dragForce;
+            const Vec2 pressureCentre = pressureCentreSum / widthSum;
+            body.torque += Cross(pressureCentre - body.position, dragForce);
+
+            const float spin = std::fabs(body.angularVelocity);
+            const float t = std::min(mass * rot * spin * average, body.GetInertia() * spin * invDt);
+            body.torque -= std::copysign(t, body.angularVelocity);
+        }
+        if (rho != 0) {
+            const Vec2 buoyancy = -(rho * totalArea) * g;
+            body.force += buoyancy;
+            body.torque += Cross(centroidSum / totalArea - body.position, buoyancy);
+        }
+    }
+}
+
+void Simulation::CalcContacts() {
+    VORRA_PROFILE("Sim::CalcContacts");
+    // A contact records when it was first made.
+    SolverParameters::Current().simulatedTime = m_simulatedTime;
+    m_contacts.clear();
+    m_collider.AssignBodies(m_bodies);
+    m_collider.Collide(m_contacts);
+    m_contactCache.Match(m_contacts);
+}
+
+void Simulation::RunSolver() {
+    m_constraints.clear();
+    for (const ContactPtr& contact : m_contacts) {
+        m_constraints.push_back(contact.Get());
+    }
+    physics::RunSolver(m_allBodies, m_constraints, GetSolverSettings());
+}
+
+void Simulation::IntegrateVelocity(float dt) {
+    VORRA_PROFILE("IntegrateVelocity");
+    for (AbstractBody* body : m_allBodies) {
+        if (body->IsImmovable()) {
+            body->velocity = Vec2(0, 0);
+            body->angularVelocity = 0;
+        } else {
+            body->velocity += dt * body->force * body->GetMassInv();
+            body->angularVelocity += dt * body->torque * body->GetInertiaInv();
+        }
+    }
+}
+
+void Simulation::IntegratePosition(float dt) {
+    VORRA_PROFILE("IntegratePosition");
+    for (AbstractBody* body : m_allBodies) {
+        if (body->IsImmovable()) {
+            continue;
+        }
+        body->position += dt * body->velocity;
+        body->angle = WrappedAngle(body->angle + dt * body->angularVelocity);
+        body->UpdateTransforms();
+    }
+}
+
+}  // namespace physics

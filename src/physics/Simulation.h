@@ -1,0 +1,132 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "math/Vector2.h"
+#include "physics/Collider.h"
+#include "physics/ContactCache.h"
+#include "physics/Forward.h"
+#include "physics/SolverParameters.h"
+#include "script/Attributes.h"
+#include "script/Reflected.h"
+#include "util/CallbackSet.h"
+#include "util/Singleton.h"
+#include "util/String.h"
+
+namespace physics {
+
+// The world: owns the bodies and the contacts of the current step, holds every tunable of
+// the physics as a script attribute, and advances time in fixed steps. In the language it
+// is the object "Sim". It knows nothing of drawing; the application calls Update once a
+// frame with the wall-clock time that passed.
+class Simulation : public script::Reflected, public util::Singleton<Simulation> {
+public:
+    Simulation();
+    ~Simulation() override;
+    Simulation(const Simulation&) = delete;
+    Simulation& operator=(const Simulation&) = delete;
+
+    // Runs as many steps as the frame's time asks for, within a budget of 0.05 s of wall
+    // clock; a backlog beyond that is dropped, not caught up. Rewrites the status text.
+    void Update(double frameSeconds);
+    // One step of timeDelta; a step that does not simulate still finds the contacts, so
+    // that the cache survives a pause.
+    void Step(bool simulate);
+
+    // A body already in the list is left where it is.
+    void AddBody(BodyPtr body);
+    // Takes the body's geoms from it (which breaks the body-geom cycle) and drops it,
+    // keeping the order of the rest. The world body stays. Returns whether it was listed.
+    bool RemoveBody(const BodyPtr& body);
+    // Back to the world body alone, at time 0. Attributes keep their values.
+    void Clear();
+
+    const BodyList& GetBodies() const { return m_bodies; }
+    const std::vector<ContactPtr>& GetContacts() const { return m_contacts; }
+    const ContactCache& GetContactCache() const { return m_contactCache; }
+    const GeomPtr& GetWorldGeom() const { return m_worldGeom; }
+    const BodyPtr& GetWorldBody() const { return m_worldBody; }
+    const util::String& GetStatus() const { return m_status; }
+    double GetSimulatedTime() const { return m_simulatedTime; }
+    float GetRealtimeFraction() const { return m_realtimeFraction; }
+    // Fired after every step with its time step, or 0 where the step was frozen.
+    util::CallbackArgSet<float>& GetStepCallbacks() { return m_stepCallbacks; }
+
+    // The solver's tunables as they stand in the attributes.
+    SolverSettings GetSolverSettings() const;
+    // Gravity as it acts: (0, 0) while gravitySwitch is off.
+    math::Vec2 GetEffectiveGravity() const;
+
+    // With the broad phase off the collider walks all pairs; the result is the same. For
+    // comparisons of cost only.
+    void SetBroadPhase(bool on) { m_collider = Collider(on); }
+
+    // The attributes, under their script names, in the order of their declaration.
+    script::AttribPtr<bool> running;
+    script::AttribPtr<float> timeFactor;
+    script::AttribPtr<float> timeDelta;
+    script::AttribPtr<math::Vec2> gravity;
+    script::AttribPtr<bool> gravitySwitch;
+    script::AttribPtr<bool> airSwitch;
+    script::AttribPtr<float> airFrictionLinear;
+    script::AttribPtr<float> airFrictionQuadratic;
+    script::AttribPtr<float> rotFrictionLinear;
+    script::AttribPtr<float> airDensity;
+    script::AttribPtr<float> springForce;
+    script::AttribPtr<float> defaultBodyDensity;
+    script::AttribPtr<float> defaultBodyFriction;
+    script::AttribPtr<float> defaultBodyRestitution;
+    script::AttribPtr<float> fallLimit;
+    script::AttribPtr<bool> prioritizedSolver;
+    script::AttribPtr<float> targetPenetration;
+    script::AttribPtr<int> solveIter;
+    script::AttribPtr<float> solveConstant;
+    script::AttribPtr<float> solveDcontacts;
+    script::AttribPtr<float> solveDconstraints;
+    script::AttribPtr<bool> solvePenetrationDamping;  // kept for scripts; nothing reads it
+    script::AttribPtr<float> solveDistFactor;
+    script::AttribPtr<float> solveVelFactor;
+    script::AttribPtr<float> solveAccFactor;
+    script::AttribPtr<float> solveRegularizationFactor;
+    script::AttribPtr<bool> solvePreSortConstraints;
+    script::AttribPtr<bool> leapFrog;
+    script::AttribPtr<bool> adHocSolver;
+    script::AttribPtr<bool> warmStart;
+    script::AttribPtr<float> warmStartFactor;
+    script::AttribPtr<float> maxPositionCorrection;
+
+private:
+    void RegisterAttributes();
+    void SyncMaterialDefaults();
+
+    void ReleaseBodies();
+    void RemoveBadObjects();
+    void RebuildAllBodies();
+    void CalcForces();
+    void CalcContacts();
+    void RunSolver();
+    void IntegrateVelocity(float dt);
+    void IntegratePosition(float dt);
+    void AppendCounts();
+
+    GeomPtr m_worldGeom;
+    BodyPtr m_worldBody;
+    BodyList m_bodies;
+    // Bodies of this step as plain pointers, so that inner loops touch no counts.
+    std::vector<AbstractBody*> m_allBodies;
+    std::vector<ContactPtr> m_contacts;
+    ContactCache m_contactCache;
+    Collider m_collider;
+    ConstraintList m_constraints;
+    BodyList m_removals;
+
+    double m_accumulated = 0;
+    float m_maxUpdateSeconds = 0.05f;
+    float m_realtimeFraction = 0;
+    double m_simulatedTime = 0;
+    util::String m_status;
+    util::CallbackArgSet<float> m_stepCallbacks;
+};
+
+}  // namespace physics
