@@ -9,6 +9,7 @@
 #include "core/Subsystem.h"
 #include "logging/Logger.h"
 #include "os/OS.h"
+#include "physics/Simulation.h"
 #include "script/Parser.h"
 #include "util/FileSystem.h"
 #include "util/Version.h"
@@ -84,10 +85,12 @@ int RunProgram() {
     core::Subsystem& subsystem = core::Subsystem::Get();
     subsystem.SetCaption(util::GetVersionString() + " - a physics sandbox by the Vorra developers");
 
-    // Resource manager, simulation, fluid and GUI are published after the subsystem as
-    // they join; then the application root is made and joins the GUI, and the console,
-    // App and Scene are published and the serializer is created.
+    // The resource manager joins before the simulation, and the fluid and the GUI after
+    // it; then the application root is made and joins the GUI, and the console, App and
+    // Scene are published and the serializer is created. The simulation is made before
+    // any body, so that the world body and geom draw ID 0.
     script::AddToRoot(&subsystem);
+    script::AddToRoot(&physics::Simulation::Get());
     RenameOldSceneFiles();
     Log(logging::Debug, "Application created");
 

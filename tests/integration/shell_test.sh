@@ -39,4 +39,8 @@ printf 'l = [1, 2]\nl + [3, 4]\n"a" + 1\n' | "$shell" >"$work/out" || fail "stdi
 "$shell" "$work/missing.txt" >"$work/out"
 [ $? -eq 0 ] || fail "missing file changed the exit code"
 grep -q "Failed to open file" "$work/out" || fail "missing file not reported"
+# The simulation is there without a window, its tunables as attributes.
+"$shell" -e 'Sim.gravity' -e 'Sim.timeDelta = 0.02; Sim.solveIter' -e 'Sim.timeDelta' \
+  -e 'Sim.time' >"$work/out" || fail "Sim entries failed"
+[ "$(cat "$work/out")" = "$(printf '[0, -9.8]\n30\n0.02\n0')" ] || fail "Sim attributes"
 echo PASS
