@@ -345,8 +345,11 @@ void Simulation::CalcContacts() {
     // A contact records when it was first made.
     SolverParameters::Current().simulatedTime = m_simulatedTime;
     m_contacts.clear();
-    m_collider.AssignBodies(m_bodies);
-    m_collider.Collide(m_contacts);
+    {
+        VORRA_PROFILE("Finding contacts");
+        m_collider.AssignBodies(m_bodies);
+        m_collider.Collide(m_contacts);
+    }
     m_contactCache.Match(m_contacts);
 }
 

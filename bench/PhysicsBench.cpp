@@ -1,0 +1,302 @@
+// vorra-bench: steps standard scenes headless and prints one line of key=value fields per
+// scene: its size, the median time of a step after a settling phase, where that time
+// goes, what the collider costs with and without its broad phase, and a check of the
+// final state.
+//
+//   vorra-bench --list          names the scenes
+//   vorra-bench [SCENE]...      runs some (all without arguments)
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "math/Vector2.h"
+#include "physics/Body.h"
+#include "physics/Collider.h"
+#include "physics/Contact.h"
+#include "physics/Polygon.h"
+#include "physics/Shapes.h"
+#include "physics/Simulation.h"
+#include "util/Profiler.h"
+#include "util/Random.h"
+
+namespace {
+
+using math::Vec2;
+using physics::Body;
+using physics::BodyPtr;
+using physics::Simulation;
+
+constexpr float kPi = 3.1415927f;
+
+double Now() {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
+double Median(std::vector<double> values) {
+    if (values.empty()) {
+        return 0;
+    }
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+BodyPtr AddGeom(physics::Geom* geom, const Vec2& at, float angle = 0) {
+    physics::GeomPtr held(geom);
+    held->SetTransform(physics::Transform::FromAngle(angle, at));
+    BodyPtr body(new Body());
+    body->SetGeom(held);
+    Simulation::Get().AddBody(body);
+    return body;
+}
+
+// A plane through the point whose inner side faces along the normal.
+void AddPlane(const Vec2& through, const Vec2& normal) {
+    AddGeom(new physics::Plane(), through, std::atan2(normal.y, normal.x));
+}
+
+// A floor at y = 0 and walls at x = -halfWidth and x = halfWidth.
+void AddOpenBox(float halfWidth) {
+    AddPlane({0, 0}, {0, 1});
+    AddPlane({-halfWidth, 0}, {1, 0});
+    AddPlane({halfWidth, 0}, {-1, 0});
+}
+
+struct Scene {
+    std::string name;
+    std::string description;
+    std::function<void(std::vector<BodyPtr>&)> build;
+    int settleSteps;
+    int measuredSteps;
+    // Appends the fields that check the final state.
+    std::function<std::string(const std::vector<BodyPtr>&)> check;
+};
+
+std::string Field(const char* key, double value) {
+    char text[64];
+    std::snprintf(text, sizeof text, " %s=%.4g", key, value);
+    return text;
+}
+
+float KineticEnergy(const std::vector<BodyPtr>& bodies) {
+    double sum = 0;
+    for (const BodyPtr& body : bodies) {
+        sum += 0.5 * body->GetMass() * body->velocity.SquaredLength() +
+               0.5 * body->GetInertia() * body->angularVelocity * body->angularVelocity;
+    }
+    return static_cast<float>(sum);
+}
+
+Scene Pyramid(int base) {
+    return Scene{
+        "pyramid" + std::to_string(base),
+        "a pyramid of " + std::to_string(base * (base + 1) / 2) + " unit boxes on a plane, base " +
+            std::to_string(base),
+        [base](std::vector<BodyPtr>& bodies) {
+            AddPlane({0, 0}, {0, 1});
+            for (int row = 0; row < base; ++row) {
+                const int count = base - row;
+                for (int i = 0; i < count; ++i) {
+                    const float x = i - (count - 1) * 0.5f;
+                    bodies.push_back(AddGeom(new physics::Box(Vec2(0.5f, 0.5f)), {x, 0.5f + row}));
+                }
+            }
+        },
+        100,
+        300,
+        [base](const std::vector<BodyPtr>& bodies) {
+            const float top = bodies.back()->position.y;
+            const float expected = base - 0.5f;
+            // Standing: the top has sunk by no more than the contact depths below it.
+            return Field("top_y", top) + Field("expected_top_y", expected) +
+                   " standing=" + (std::fabs(top - expected) < 0.05f * base ? "yes" : "no");
+        }};
+}
+
+Scene Circles() {
+    return Scene{"circles1000",
+                 "1,000 circles of radius 0.5 poured into a box of three planes",
+                 [](std::vector<BodyPtr>& bodies) {
+                     AddOpenBox(15);
+                     util::Random random(1);
+                     for (int i = 0; i < 1000; ++i) {
+                         const float x = -14.4f + (i % 28) * 1.07f + random.GetUniform(0, 0.05f);
+                         const float y = 1 + (i / 28) * 1.1f;
+                         bodies.push_back(AddGeom(new physics::Circle(0.5f), {x, y}));
+                     }
+                 },
+                 600,
+                 300,
+                 [](const std::vector<BodyPtr>& bodies) {
+                     const float kinetic = KineticEnergy(bodies);
+                     return Field("kinetic", kinetic) +
+                            " settled=" + (kinetic < 1.0f ? "yes" : "no");
+                 }};
+}
+
+// A star-shaped outline: vertices at sorted angles with radii between 0.6 and 1 of the
+// size, so that it is simple but often concave.
+math::Vec2List Blob(util::Random& random, int vertices, float size) {
+    math::Vec2List outline;
+    for (int i = 0; i < vertices; ++i) {
+        const float angle = 2 * kPi * (i + random.GetUniform(0, 0.5f)) / vertices;
+        const float radius = size * random.GetUniform(0.6f, 1);
+        outline.push_back(Vec2(std::cos(angle), std::sin(angle)) * radius);
+    }
+    return outline;
+}
+
+Scene Polygons() {
+    return Scene{"polygons200",
+                 "200 drawn polygons of 8 to 40 vertices piled in a box",
+                 [](std::vector<BodyPtr>& bodies) {
+                     AddOpenBox(8);
+                     util::Random random(2);
+                     for (int i = 0; i < 200; ++i) {
+                         const int vertices = random.GetUniformInt(8, 40);
+                         const float size = random.GetUniform(0.4f, 0.8f);
+                         math::Vec2List outline = Blob(random, vertices, size);
+                         const Vec2 at(-7 + (i % 9) * 1.75f, 1 + (i / 9) * 1.75f);
+                         for (Vec2& point : outline) {
+                             point += at;
+                         }
+                         physics::GeomPtr polygon(new physics::Polygon(outline));
+                         BodyPtr body(new Body());
+                         body->SetGeom(polygon);
+                         Simulation::Get().AddBody(body);
+                         bodies.push_back(body);
+                     }
+                 },
+                 800,
+                 300,
+                 [](const std::vector<BodyPtr>& bodies) {
+                     const float kinetic = KineticEnergy(bodies);
+                     return Field("kinetic", kinetic) +
+                            " settled=" + (kinetic < 1.0f ? "yes" : "no");
+                 }};
+}
+
+std::vector<Scene> AllScenes() {
+    return {Pyramid(20), Pyramid(40), Pyramid(100), Circles(), Polygons()};
+}
+
+double NodeTotal(const util::Profiler::Node& node, const char* name) {
+    double total = 0;
+    if (std::strcmp(node.name, name) == 0) {
+        total += node.total;
+    }
+    for (const util::Profiler::Node* child : node.children) {
+        total += NodeTotal(*child, name);
+    }
+    return total;
+}
+
+// Milliseconds that the collider takes on the present bodies, with or without its broad
+// phase, and the contacts it finds.
+double TimeCollider(bool broadPhase, int repeats, size_t& contactCount) {
+    physics::Collider collider(broadPhase);
+    std::vector<double> times;
+    std::vector<physics::ContactPtr> contacts;
+    for (int i = 0; i < repeats; ++i) {
+        contacts.clear();
+        const double start = Now();
+        collider.AssignBodies(Simulation::Get().GetBodies());
+        collider.Collide(contacts);
+        times.push_back(Now() - start);
+    }
+    contactCount = contacts.size();
+    return Median(times) * 1000;
+}
+
+void RunScene(const Scene& scene) {
+    Simulation& sim = Simulation::Get();
+    sim.Clear();
+    std::vector<BodyPtr> bodies;
+    scene.build(bodies);
+
+    for (int i = 0; i < scene.settleSteps; ++i) {
+        sim.Step(true);
+    }
+    std::vector<double> stepTimes;
+    stepTimes.reserve(scene.measuredSteps);
+    for (int i = 0; i < scene.measuredSteps; ++i) {
+        const double start = Now();
+        sim.Step(true);
+        stepTimes.push_back(Now() - start);
+    }
+    const double msPerStep = Median(stepTimes) * 1000;
+
+    // The split, from a further run with the profiler's scopes timed.
+    util::Profiler& profiler = util::Profiler::Get();
+    profiler.Reset();
+    profiler.SetOutputOn(true);
+    const int splitSteps = std::max(scene.measuredSteps / 3, 20);
+    for (int i = 0; i < splitSteps; ++i) {
+        sim.Step(true);
+    }
+    const util::Profiler::Node& root = profiler.GetRoot();
+    const double perStep = 1000.0 / splitSteps;
+    const double step = NodeTotal(root, "Simu::Step") * perStep;
+    const double collide = NodeTotal(root, "Finding contacts") * perStep;
+    const double cache =
+        (NodeTotal(root, "Matching cache") + NodeTotal(root, "Update cache")) * perStep;
+    const double solver = NodeTotal(root, "RunSolver") * perStep;
+    profiler.SetOutputOn(false);
+
+    size_t broadContacts = 0;
+    size_t plainContacts = 0;
+    const double broad = TimeCollider(true, 21, broadContacts);
+    const double plain = TimeCollider(false, bodies.size() > 2000 ? 3 : 11, plainContacts);
+
+    std::string line = std::string("scene=") + scene.name +
+                       " bodies=" + std::to_string(bodies.size()) +
+                       " contacts=" + std::to_string(sim.GetContacts().size());
+    line += Field("ms_per_step", msPerStep);
+    line += Field("collide_ms", collide) + Field("cache_ms", cache) + Field("solver_ms", solver) +
+            Field("other_ms", step - collide - cache - solver);
+    line += Field("broadphase_collide_ms", broad) + Field("plain_collide_ms", plain);
+    line += broadContacts == plainContacts ? " same_contacts=yes" : " same_contacts=no";
+    line += scene.check(bodies);
+    std::printf("%s\n", line.c_str());
+    std::fflush(stdout);
+    sim.Clear();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    physics::Simulation::Create();
+    const std::vector<Scene> scenes = AllScenes();
+    if (argc == 2 && std::strcmp(argv[1], "--list") == 0) {
+        for (const Scene& scene : scenes) {
+            std::printf("%-12s %s\n", scene.name.c_str(), scene.description.c_str());
+        }
+        return 0;
+    }
+    std::vector<const Scene*> chosen;
+    for (int i = 1; i < argc; ++i) {
+        const auto found = std::find_if(scenes.begin(), scenes.end(),
+                                        [&](const Scene& scene) { return scene.name == argv[i]; });
+        if (found == scenes.end()) {
+            std::fprintf(stderr, "Unknown scene \"%s\"; --list names them.\n", argv[i]);
+            return 2;
+        }
+        chosen.push_back(&*found);
+    }
+    if (chosen.empty()) {
+        for (const Scene& scene : scenes) {
+            chosen.push_back(&scene);
+        }
+    }
+    for (const Scene* scene : chosen) {
+        RunScene(*scene);
+    }
+    physics::Simulation::Release();
+    return 0;
+}
