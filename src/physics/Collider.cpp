@@ -64,7 +64,8 @@ float Extent(const math::OBB2D& o, const Vec2& axis) {
            o.halfExtents.y * std::fabs(Dot(o.axis2, axis));
 }
 
-// Vertices of one shape against the distance field of the other, with a running index.
+// Vertices of one shape against the distance field of the other, with a running index that
+// steps before each use: the first vertex tested is 1.
 void VerticesAgainstField(std::vector<ContactPtr>& contacts, const Vec2* vertices, size_t count,
                           Geom* field, Geom* owner, size_t& index) {
     for (size_t i = 0; i < count; ++i) {
@@ -72,7 +73,7 @@ void VerticesAgainstField(std::vector<ContactPtr>& contacts, const Vec2* vertice
         ++index;
         const float d = field->Dist(v);
         if (d < 0) {
-            Collider::AddContact(contacts, field, owner, index - 1, v, field->Normal(v), -d);
+            Collider::AddContact(contacts, field, owner, index, v, field->Normal(v), -d);
         }
     }
 }
@@ -407,7 +408,7 @@ void Collider::CollideCirclePolygon(std::vector<ContactPtr>& contacts, const Cir
             } else {
                 n = delta / distance;
             }
-            AddContact(contacts, c.circle, p.polygon, index - 1, q, n, c.radius - distance);
+            AddContact(contacts, c.circle, p.polygon, index, q, n, c.radius - distance);
         }
     };
     const math::Vec2List& vertices = p.polygon->GetWorldVertices();
