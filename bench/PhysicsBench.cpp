@@ -5,6 +5,7 @@
 //
 //   vorra-bench --list          names the scenes
 //   vorra-bench [SCENE]...      runs some (all without arguments)
+//   --detail                    also prints the profiler's tree of a step
 
 #include <algorithm>
 #include <chrono>
@@ -214,6 +215,29 @@ double TimeCollider(bool broadPhase, int repeats, size_t& contactCount) {
     return Median(times) * 1000;
 }
 
+// The profiler's tree below the step, in milliseconds per step, indented by depth.
+void PrintTree(const util::Profiler::Node& node, double perStep, int depth) {
+    std::printf("  %*s%-*s %8.4f\n", 2 * depth, "", 32 - 2 * depth, node.name,
+                node.total * perStep);
+    for (const util::Profiler::Node* child : node.children) {
+        PrintTree(*child, perStep, depth + 1);
+    }
+}
+
+const util::Profiler::Node* FindNode(const util::Profiler::Node& node, const char* name) {
+    if (node.name && std::strcmp(node.name, name) == 0) {
+        return &node;
+    }
+    for (const util::Profiler::Node* child : node.children) {
+        if (const util::Profiler::Node* found = FindNode(*child, name)) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
+bool g_detail = false;
+
 void RunScene(const Scene& scene) {
     Simulation& sim = Simulation::Get();
     sim.Clear();
@@ -247,6 +271,11 @@ void RunScene(const Scene& scene) {
     const double cache =
         (NodeTotal(root, "Matching cache") + NodeTotal(root, "Update cache")) * perStep;
     const double solver = NodeTotal(root, "RunSolver") * perStep;
+    if (g_detail) {
+        if (const util::Profiler::Node* node = FindNode(root, "Simu::Step")) {
+            PrintTree(*node, perStep, 0);
+        }
+    }
     profiler.SetOutputOn(false);
 
     size_t broadContacts = 0;
@@ -281,6 +310,10 @@ int main(int argc, char** argv) {
     }
     std::vector<const Scene*> chosen;
     for (int i = 1; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--detail") == 0) {
+            g_detail = true;
+            continue;
+        }
         const auto found = std::find_if(scenes.begin(), scenes.end(),
                                         [&](const Scene& scene) { return scene.name == argv[i]; });
         if (found == scenes.end()) {

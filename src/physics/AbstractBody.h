@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include "math/Real.h"
 #include "math/Vector2.h"
@@ -38,6 +39,9 @@ public:
     // Public so that the integrators and the solver read and write them directly, as plain
     // records in their inner loops.
     util::VectorPOD<Constraint*> adjacency;  // used by the prioritized solver only
+    // Place in the Gauss-Seidel sweep's body array, valid while solveStamp is that solve's.
+    uint32_t solveIndex = 0;
+    uint32_t solveStamp = 0;
     math::Vec2 velocityChange{0, 0};
     math::real angularChange = 0;
     math::Vec2 position{0, 0};

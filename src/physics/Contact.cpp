@@ -1,5 +1,7 @@
 #include "physics/Contact.h"
 
+#include <algorithm>
+
 #include <cmath>
 #include <cstdint>
 
@@ -194,83 +196,65 @@ void Contact::ApplyDelta() {
 
 void Contact::SolveExit() {}
 
-void Contact::Sweep(ContactRow* first, ContactRow* last) {
+void Contact::Sweep(ContactRow* first, ContactRow* last, SolverBody* bodies, RowChange* changes) {
     for (ContactRow* r = first; r != last; ++r) {
         ContactRow& row = *r;
-        AbstractBody& b0 = *row.body0;
-        AbstractBody& b1 = *row.body1;
+        SolverBody& b0 = bodies[row.body0];
+        SolverBody& b1 = bodies[row.body1];
+        const math::Vec2 n = row.n;
+        const math::Vec2 t(-n.y, n.x);
         const math::Vec2 dv = b1.velocityChange - b0.velocityChange;
         const math::real w0 = b0.angularChange;
         const math::real w1 = b1.angularChange;
-        math::real candN = row.accN + row.targetN -
-                           (math::Dot(row.nMass, dv) + (w1 * row.rn2Mass - w0 * row.rn1Mass));
-        if (candN < 0) {
-            candN = 0;
-        }
-        math::real limit = row.friction * candN;
-        if (limit < 0) {
-            limit = 0;
-        }
-        math::real candT = row.accT + row.targetT -
-                           (math::Dot(row.tMass, dv) + (w1 * row.rt2Mass - w0 * row.rt1Mass));
-        if (candT > limit) {
-            candT = limit;
-        } else if (candT < -limit) {
-            candT = -limit;
-        }
+        // Branch-free clamps: whether a row pushes, holds or slides changes from pass to
+        // pass, and a mispredicted branch costs more than the row.
+        const math::real candN = std::max(
+            row.accN + row.targetN - (math::Dot(n, dv) + (w1 * row.rn2 - w0 * row.rn1)) * row.massN,
+            math::real(0));
+        const math::real limit = std::max(row.friction * candN, math::real(0));
+        const math::real candT =
+            std::min(std::max(row.accT + row.targetT -
+                                  (math::Dot(t, dv) + (w1 * row.rt2 - w0 * row.rt1)) * row.massT,
+                              -limit),
+                     limit);
         const math::real dN = candN - row.accN;
         const math::real dT = candT - row.accT;
-        b0.velocityChange -= row.nInvM0 * dN + row.tInvM0 * dT;
-        b0.angularChange = w0 - (row.rn1InvI * dN + row.rt1InvI * dT);
-        b1.velocityChange += row.nInvM1 * dN + row.tInvM1 * dT;
-        b1.angularChange = w1 + (row.rn2InvI * dN + row.rt2InvI * dT);
+        const math::Vec2 impulse = n * dN + t * dT;
+        b0.velocityChange -= impulse * b0.massInv;
+        b0.angularChange = w0 - b0.inertiaInv * (row.rn1 * dN + row.rt1 * dT);
+        b1.velocityChange += impulse * b1.massInv;
+        b1.angularChange = w1 + b1.inertiaInv * (row.rn2 * dN + row.rt2 * dT);
         row.accN = candN;
         row.accT = candT;
-        row.deltaN = dN;
-        row.deltaT = dT;
+        if (changes) {
+            changes[r - first] = RowChange{dN, dT};
+        }
     }
 }
 
-void Contact::ToRow(ContactRow& row) const {
-    const math::real m0 = bodies[0]->SolverMassInv();
-    const math::real m1 = bodies[1]->SolverMassInv();
-    const math::real i0 = bodies[0]->SolverInertiaInv();
-    const math::real i1 = bodies[1]->SolverInertiaInv();
-    const math::real rn1 = math::Cross(r1, m_n);
-    const math::real rt1 = math::Cross(r1, m_t);
-    const math::real rn2 = math::Cross(r2, m_n);
-    const math::real rt2 = math::Cross(r2, m_t);
-    row.body0 = bodies[0];
-    row.body1 = bodies[1];
-    row.nMass = m_n * m_effMassN;
-    row.tMass = m_t * m_effMassT;
-    row.rn1Mass = rn1 * m_effMassN;
-    row.rn2Mass = rn2 * m_effMassN;
-    row.rt1Mass = rt1 * m_effMassT;
-    row.rt2Mass = rt2 * m_effMassT;
-    row.nInvM0 = m_n * m0;
-    row.tInvM0 = m_t * m0;
-    row.nInvM1 = m_n * m1;
-    row.tInvM1 = m_t * m1;
-    row.rn1InvI = rn1 * i0;
-    row.rt1InvI = rt1 * i0;
-    row.rn2InvI = rn2 * i1;
-    row.rt2InvI = rt2 * i1;
+void Contact::ToRow(ContactRow& row, uint32_t body0, uint32_t body1) const {
+    row.body0 = body0;
+    row.body1 = body1;
+    row.n = m_n;
+    row.rn1 = math::Cross(r1, m_n);
+    row.rt1 = math::Cross(r1, m_t);
+    row.rn2 = math::Cross(r2, m_n);
+    row.rt2 = math::Cross(r2, m_t);
+    row.massN = m_effMassN;
+    row.massT = m_effMassT;
     row.targetN = m_targetN;
     row.targetT = m_targetT;
     row.accN = m_accN;
     row.accT = m_accT;
     row.friction = m_friction;
-    row.deltaN = m_deltaN;
-    row.deltaT = m_deltaT;
 }
 
-void Contact::FromRow(const ContactRow& row, bool computed) {
+void Contact::FromRow(const ContactRow& row, const RowChange* change) {
     m_accN = row.accN;
     m_accT = row.accT;
-    if (computed) {
-        m_deltaN = row.deltaN;
-        m_deltaT = row.deltaT;
+    if (change) {
+        m_deltaN = change->deltaN;
+        m_deltaT = change->deltaT;
         priority = m_deltaN * m_deltaN + m_deltaT * m_deltaT;
     }
 }

@@ -1,42 +1,49 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include "math/Real.h"
 #include "math/Vector2.h"
 #include "physics/Constraint.h"
 #include "physics/Forward.h"
+#include "util/Recycler.h"
 
 namespace physics {
 
-// A contact as the Gauss-Seidel sweep sees it: its row with the effective masses, the
-// bodies' solver inverse values and the lever arms multiplied in, so that the hot loop reads
-// one contiguous record and its two bodies and its dependency chain stays short. The
-// arithmetic is that of CalcDelta followed by ApplyDelta, regrouped: equal up to rounding.
+// A body as the Gauss-Seidel sweep sees it: its velocity changes and its solver inverse
+// values side by side in one small array, so that the rows' random accesses to their
+// bodies stay in cache.
+struct SolverBody {
+    math::Vec2 velocityChange;
+    math::real angularChange;
+    math::real massInv;
+    math::real inertiaInv;
+};
+
+// A contact as the sweep sees it: one compact record with the lever arms and effective
+// masses at hand and its bodies as indices into the SolverBody array. The arithmetic is
+// that of CalcDelta followed by ApplyDelta, regrouped: equal up to rounding.
 struct ContactRow {
-    AbstractBody* body0;
-    AbstractBody* body1;
-    // Turn a relative velocity change into the impulse wanted: n mN, cross(r, n) mN, ...
-    math::Vec2 nMass;
-    math::Vec2 tMass;
-    math::real rn1Mass;
-    math::real rn2Mass;
-    math::real rt1Mass;
-    math::real rt2Mass;
-    // Turn impulses into velocity changes: n invM, cross(r, n) invI, ...
-    math::Vec2 nInvM0;
-    math::Vec2 tInvM0;
-    math::Vec2 nInvM1;
-    math::Vec2 tInvM1;
-    math::real rn1InvI;
-    math::real rt1InvI;
-    math::real rn2InvI;
-    math::real rt2InvI;
+    uint32_t body0;
+    uint32_t body1;
+    math::Vec2 n;    // the tangent is (-n.y, n.x)
+    math::real rn1;  // cross(r1, n), cross(r1, t), ...
+    math::real rt1;
+    math::real rn2;
+    math::real rt2;
+    math::real massN;
+    math::real massT;
     math::real targetN;
     math::real targetT;
     math::real accN;
     math::real accT;
     math::real friction;
+};
+
+// The last changes of a row's two impulses, kept apart from the rows: only the last pass
+// writes them.
+struct RowChange {
     math::real deltaN;
     math::real deltaT;
 };
@@ -52,6 +59,12 @@ public:
     Contact(Geom* a, Geom* b, size_t index, const math::Vec2& p, const math::Vec2& n, float d);
     ~Contact() override;
 
+    // Thousands are made and dropped each step.
+    static void* operator new(size_t size) { return util::Recycler<Contact>::Allocate(size); }
+    static void operator delete(void* memory, size_t size) {
+        util::Recycler<Contact>::Free(memory, size);
+    }
+
     // Takes the time of first touch and the accumulated impulses; the contact is no
     // longer new.
     void CopyCached(const Contact& old);
@@ -63,12 +76,14 @@ public:
     void ApplyDelta() override;
     void SolveExit() override;
 
-    // The solver state as a packed row, after SolveInit; and back, taking the accumulated
-    // impulses, and the last changes and the priority if the sweep computed any.
-    void ToRow(ContactRow& row) const;
-    void FromRow(const ContactRow& row, bool computed);
-    // CalcDelta and ApplyDelta of each packed row in turn.
-    static void Sweep(ContactRow* first, ContactRow* last);
+    // The solver state as a packed row, after SolveInit, with the bodies' places in the
+    // SolverBody array; and back, taking the accumulated impulses, and the last changes and
+    // the priority if the sweep computed any.
+    void ToRow(ContactRow& row, uint32_t body0, uint32_t body1) const;
+    void FromRow(const ContactRow& row, const RowChange* change);
+    // CalcDelta and ApplyDelta of each packed row in turn; with changes given, each row's
+    // changes are recorded there.
+    static void Sweep(ContactRow* first, ContactRow* last, SolverBody* bodies, RowChange* changes);
 
     // invM1 + invM2 + invI1 cross(r1, u)^2 + invI2 cross(r2, u)^2, static bodies as 0.
     math::real K(const math::Vec2& u) const;

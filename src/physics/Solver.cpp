@@ -40,12 +40,50 @@ struct SweepBuffers {
     util::VectorPOD<Keyed> keyed;
     util::VectorPOD<Contact*> contacts;
     util::VectorPOD<ContactRow> rows;
+    util::VectorPOD<RowChange> changes;
     util::VectorPOD<Segment> segments;
+    util::VectorPOD<SolverBody> bodies;
+    util::VectorPOD<AbstractBody*> bodyOwners;
+    uint32_t stamp = 0;
 };
 
 SweepBuffers& Buffers() {
     static SweepBuffers buffers;
     return buffers;
+}
+
+// The body's place in the sweep's array, made on first sight in this solve. A constraint
+// of another kind may lack a body; it gets a slot that nothing reads.
+uint32_t SolverIndex(SweepBuffers& buffers, AbstractBody* body) {
+    if (!body) {
+        return 0;
+    }
+    if (body->solveStamp != buffers.stamp) {
+        body->solveStamp = buffers.stamp;
+        body->solveIndex = static_cast<uint32_t>(buffers.bodies.size());
+        buffers.bodies.push_back(SolverBody{body->velocityChange, body->angularChange,
+                                            body->SolverMassInv(), body->SolverInertiaInv()});
+        buffers.bodyOwners.push_back(body);
+    }
+    return body->solveIndex;
+}
+
+// Between the array and the bodies' own records, for the constraints that work on those.
+void CopyToBody(const SweepBuffers& buffers, AbstractBody* body) {
+    if (!body) {
+        return;
+    }
+    const SolverBody& solverBody = buffers.bodies[body->solveIndex];
+    body->velocityChange = solverBody.velocityChange;
+    body->angularChange = solverBody.angularChange;
+}
+void CopyFromBody(SweepBuffers& buffers, const AbstractBody* body) {
+    if (!body) {
+        return;
+    }
+    SolverBody& solverBody = buffers.bodies[body->solveIndex];
+    solverBody.velocityChange = body->velocityChange;
+    solverBody.angularChange = body->angularChange;
 }
 
 }  // namespace
@@ -114,41 +152,60 @@ void GaussSeidelSolver(const ConstraintList& constraints, const SolverSettings& 
     }
 
     // Contacts, nearly all of the rows, are swept as packed copies: contiguous, without
-    // calls, their bodies' inverse values at hand. Other kinds keep their place in the
-    // order and run through their own operations.
+    // calls, their bodies in a small array of their own. Other kinds keep their place in
+    // the order and run through their own operations on the bodies' records, which are
+    // brought up to date around each call.
     util::VectorPOD<Contact*>& contacts = buffers.contacts;
     util::VectorPOD<ContactRow>& rows = buffers.rows;
     util::VectorPOD<Segment>& segments = buffers.segments;
     contacts.clear();
     rows.clear();
     segments.clear();
+    buffers.bodies.clear();
+    buffers.bodyOwners.clear();
+    // A new stamp marks every body unplaced; 0 is what a new body holds.
+    if (++buffers.stamp == 0) {
+        ++buffers.stamp;
+    }
     for (Constraint* constraint : order) {
+        const uint32_t body0 = SolverIndex(buffers, constraint->bodies[0]);
+        const uint32_t body1 = SolverIndex(buffers, constraint->bodies[1]);
         if (typeid(*constraint) == typeid(Contact)) {
             Contact* contact = static_cast<Contact*>(constraint);
             contacts.push_back(contact);
             rows.resize(rows.size() + 1);
-            contact->ToRow(rows.back());
+            contact->ToRow(rows.back(), body0, body1);
         } else {
             segments.push_back(Segment{rows.size(), constraint});
         }
     }
     segments.push_back(Segment{rows.size(), nullptr});
+    buffers.changes.resize(rows.size());
 
     const int passes = settings.solveIter;
     for (int pass = 0; pass < passes; ++pass) {
+        RowChange* changes = pass + 1 == passes ? buffers.changes.begin() : nullptr;
         size_t row = 0;
         for (const Segment& segment : segments) {
-            Contact::Sweep(rows.begin() + row, rows.begin() + segment.rowEnd);
+            Contact::Sweep(rows.begin() + row, rows.begin() + segment.rowEnd,
+                           buffers.bodies.begin(), changes ? changes + row : nullptr);
             row = segment.rowEnd;
-            if (segment.other) {
-                segment.other->CalcDelta();
-                segment.other->ApplyDelta();
+            if (Constraint* other = segment.other) {
+                CopyToBody(buffers, other->bodies[0]);
+                CopyToBody(buffers, other->bodies[1]);
+                other->CalcDelta();
+                other->ApplyDelta();
+                CopyFromBody(buffers, other->bodies[0]);
+                CopyFromBody(buffers, other->bodies[1]);
             }
         }
     }
 
+    for (size_t i = 0; i < buffers.bodyOwners.size(); ++i) {
+        CopyToBody(buffers, buffers.bodyOwners[i]);
+    }
     for (size_t i = 0; i < contacts.size(); ++i) {
-        contacts[i]->FromRow(rows[i], passes > 0);
+        contacts[i]->FromRow(rows[i], passes > 0 ? &buffers.changes[i] : nullptr);
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
@@ -79,9 +80,12 @@ public:
         }
     }
 
-    // New elements are left uninitialised unless a value is given.
+    // New elements are left uninitialised unless a value is given. Growth is geometric,
+    // as for a push, so that growing by one each time stays linear.
     void resize(size_t n) {
-        reserve(n);
+        if (n > capacity()) {
+            Reallocate(std::max(n, 2 * capacity()));
+        }
         m_end = m_begin + n;
     }
     void resize(size_t n, const T& value) {

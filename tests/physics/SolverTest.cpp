@@ -353,7 +353,7 @@ namespace {
 // that its place in the sweep shows.
 class Probe : public physics::Constraint {
 public:
-    explicit Probe(physics::AbstractBody* watched) : m_watched(watched) {}
+    explicit Probe(physics::AbstractBody* watched) : m_watched(watched) { bodies[1] = watched; }
     bool SolveInit() override { return true; }
     void CalcDelta() override { seen.push_back(m_watched->velocityChange.y); }
     void ApplyDelta() override { ++applied; }

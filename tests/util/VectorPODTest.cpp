@@ -120,3 +120,27 @@ TEST(VectorPOD, HoldsPlainStructs) {
 }
 
 }  // namespace
+
+TEST(VectorPOD, GrowingByResizeIsGeometric) {
+    // Growing one element at a time through resize must not copy the whole vector each
+    // time: the capacity at least doubles whenever it runs out.
+    util::VectorPOD<int> v;
+    int reallocations = 0;
+    size_t capacity = v.capacity();
+    for (size_t n = 1; n <= 10000; ++n) {
+        v.resize(n);
+        v[n - 1] = static_cast<int>(n);
+        if (v.capacity() != capacity) {
+            EXPECT_GE(v.capacity(), 2 * capacity);
+            capacity = v.capacity();
+            ++reallocations;
+        }
+    }
+    EXPECT_LE(reallocations, 15);
+    EXPECT_EQ(v[9999], 10000);
+    EXPECT_EQ(v[0], 1);
+    // An explicit reserve still asks for exactly what it names.
+    util::VectorPOD<int> w;
+    w.reserve(7);
+    EXPECT_EQ(w.capacity(), 7u);
+}
