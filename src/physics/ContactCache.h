@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 #include "physics/Forward.h"
@@ -8,18 +9,14 @@
 namespace physics {
 
 // The contacts of the previous step, by key (lower geom ID, higher geom ID, index), so
-// that a contact found again takes over its impulses and its time of first touch. A
-// chained table with prime bucket counts; buckets keep their capacity between steps.
+// that a contact found again takes over its impulses and its time of first touch.
+//
+// A chained table with prime bucket counts that grows, as the util hash tables do, once
+// its entries reach the bucket count. Since the cache is rebuilt whole every step, the
+// chains are laid out flat, bucket after bucket, in one array: a lookup reads one range,
+// and a rebuild allocates nothing once the arrays have grown.
 class ContactCache {
 public:
-    struct Entry {
-        size_t lowerID;
-        size_t higherID;
-        size_t index;
-        size_t hash;
-        ContactPtr contact;  // null while only looked up in the matching pass
-    };
-
     ContactCache();
     ~ContactCache();
     ContactCache(const ContactCache&) = delete;
@@ -34,20 +31,39 @@ public:
     void Clear();
 
     size_t GetEntryCount() const { return m_entryCount; }
-    size_t GetBucketCount() const { return m_buckets.size(); }
+    size_t GetBucketCount() const { return m_bucketCount; }
     size_t GetMatchCount() const { return m_matchCount; }
     // The cached contact of that key, or null.
     Contact* Find(size_t lowerID, size_t higherID, size_t index) const;
 
 private:
-    // The entry of the contact's key, made with a null pointer if there was none.
-    Entry& Lookup(const Contact& contact);
-    void GrowIfFull();
-    void EmptyBuckets();
+    struct Entry {
+        size_t lowerID;
+        size_t higherID;
+        size_t index;
+        size_t hash;
+        uint32_t slot;  // place in m_held; kEmpty where a later equal key took the entry
+    };
+    static constexpr uint32_t kEmpty = 0xFFFFFFFFu;
 
-    std::vector<std::vector<Entry>> m_buckets;
+    // The place in m_held of the cached contact of the key, or kEmpty.
+    uint32_t FindSlot(size_t hash, size_t lowerID, size_t higherID, size_t index) const;
+    void Rebuild(const std::vector<ContactPtr>& contacts);
+
+    size_t m_bucketCount = 3;
+    // Entries of bucket b are m_entries[m_bucketStart[b]] up to m_bucketStart[b + 1].
+    std::vector<uint32_t> m_bucketStart;
+    std::vector<Entry> m_entries;
+    // The cached contacts in the order of their step, holding them alive.
+    std::vector<ContactPtr> m_held;
+    // No two held contacts share a key, so that the one at a list position is the one a
+    // lookup of its key would find.
+    bool m_keysUnique = true;
     size_t m_entryCount = 0;
     size_t m_matchCount = 0;
+    // Scratch of the rebuild, kept for its capacity.
+    std::vector<uint32_t> m_bucketOf;
+    std::vector<uint32_t> m_fill;
 };
 
 }  // namespace physics
