@@ -43,6 +43,10 @@ public:
         b1.angularChange += i1 * math::Cross(r2, j);
     }
 
+    // Contacts are swept as packed rows; a plain flag, as it is asked of every constraint
+    // of every solve.
+    bool IsContact() const { return m_isContact; }
+
     math::real positionFactor = 1;   // scales the position term of this constraint
     math::real warmStartFactor = 1;  // scales the reuse of impulses in hinges
     // Plain pointers: constraints live for one step, in which no body goes away.
@@ -53,6 +57,12 @@ public:
     // Place in this solve's list; orders neighbours the same way in every run, where
     // addresses would not.
     uint32_t solveOrder = 0;
+
+protected:
+    explicit Constraint(bool isContact) : m_isContact(isContact) {}
+
+private:
+    bool m_isContact = false;
 };
 
 }  // namespace physics

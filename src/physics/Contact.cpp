@@ -63,7 +63,8 @@ void Delta(const math::Vec2& dv, const math::Vec2& n, const math::Vec2& t, math:
 }  // namespace
 
 Contact::Contact(Geom* a, Geom* b, size_t index, const math::Vec2& p, const math::Vec2& n, float d)
-    : m_creationTime(SolverParameters::Current().simulatedTime),
+    : Constraint(true),
+      m_creationTime(SolverParameters::Current().simulatedTime),
       m_p(p),
       m_n(n),
       m_d(d),
@@ -196,36 +197,60 @@ void Contact::ApplyDelta() {
 
 void Contact::SolveExit() {}
 
+namespace {
+
+struct Candidates {
+    math::real n;
+    math::real t;
+};
+
+// CalcDelta on a packed row: the clamped impulses that the row wants, given its bodies'
+// present velocity changes.
+inline Candidates RowCandidates(const ContactRow& row, const SolverBody& b0, const SolverBody& b1) {
+    const math::Vec2 n = row.n;
+    const math::Vec2 t(-n.y, n.x);
+    const math::Vec2 dv = b1.velocityChange - b0.velocityChange;
+    const math::real w0 = b0.angularChange;
+    const math::real w1 = b1.angularChange;
+    // Branch-free clamps: whether a row pushes, holds or slides changes from pass to pass,
+    // and a mispredicted branch costs more than the row.
+    const math::real candN = std::max(
+        row.accN + row.targetN - (math::Dot(n, dv) + (w1 * row.rn2 - w0 * row.rn1)) * row.massN,
+        math::real(0));
+    const math::real limit = std::max(row.friction * candN, math::real(0));
+    const math::real candT =
+        std::min(std::max(row.accT + row.targetT -
+                              (math::Dot(t, dv) + (w1 * row.rt2 - w0 * row.rt1)) * row.massT,
+                          -limit),
+                 limit);
+    return {candN, candT};
+}
+
+}  // namespace
+
+math::real Contact::RowPriority(const ContactRow& row, const SolverBody* bodies) {
+    const Candidates c = RowCandidates(row, bodies[row.body0], bodies[row.body1]);
+    const math::real dN = c.n - row.accN;
+    const math::real dT = c.t - row.accT;
+    return dN * dN + dT * dT;
+}
+
 void Contact::Sweep(ContactRow* first, ContactRow* last, SolverBody* bodies, RowChange* changes) {
     for (ContactRow* r = first; r != last; ++r) {
         ContactRow& row = *r;
         SolverBody& b0 = bodies[row.body0];
         SolverBody& b1 = bodies[row.body1];
+        const Candidates c = RowCandidates(row, b0, b1);
+        const math::real dN = c.n - row.accN;
+        const math::real dT = c.t - row.accT;
         const math::Vec2 n = row.n;
-        const math::Vec2 t(-n.y, n.x);
-        const math::Vec2 dv = b1.velocityChange - b0.velocityChange;
-        const math::real w0 = b0.angularChange;
-        const math::real w1 = b1.angularChange;
-        // Branch-free clamps: whether a row pushes, holds or slides changes from pass to
-        // pass, and a mispredicted branch costs more than the row.
-        const math::real candN = std::max(
-            row.accN + row.targetN - (math::Dot(n, dv) + (w1 * row.rn2 - w0 * row.rn1)) * row.massN,
-            math::real(0));
-        const math::real limit = std::max(row.friction * candN, math::real(0));
-        const math::real candT =
-            std::min(std::max(row.accT + row.targetT -
-                                  (math::Dot(t, dv) + (w1 * row.rt2 - w0 * row.rt1)) * row.massT,
-                              -limit),
-                     limit);
-        const math::real dN = candN - row.accN;
-        const math::real dT = candT - row.accT;
-        const math::Vec2 impulse = n * dN + t * dT;
+        const math::Vec2 impulse = n * dN + math::Vec2(-n.y, n.x) * dT;
         b0.velocityChange -= impulse * b0.massInv;
-        b0.angularChange = w0 - b0.inertiaInv * (row.rn1 * dN + row.rt1 * dT);
+        b0.angularChange -= b0.inertiaInv * (row.rn1 * dN + row.rt1 * dT);
         b1.velocityChange += impulse * b1.massInv;
-        b1.angularChange = w1 + b1.inertiaInv * (row.rn2 * dN + row.rt2 * dT);
-        row.accN = candN;
-        row.accT = candT;
+        b1.angularChange += b1.inertiaInv * (row.rn2 * dN + row.rt2 * dT);
+        row.accN = c.n;
+        row.accT = c.t;
         if (changes) {
             changes[r - first] = RowChange{dN, dT};
         }

@@ -84,6 +84,8 @@ public:
     // CalcDelta and ApplyDelta of each packed row in turn; with changes given, each row's
     // changes are recorded there.
     static void Sweep(ContactRow* first, ContactRow* last, SolverBody* bodies, RowChange* changes);
+    // The priority that CalcDelta would give the row, applying nothing.
+    static math::real RowPriority(const ContactRow& row, const SolverBody* bodies);
 
     // invM1 + invM2 + invI1 cross(r1, u)^2 + invI2 cross(r2, u)^2, static bodies as 0.
     math::real K(const math::Vec2& u) const;

@@ -1,9 +1,9 @@
 #include "physics/Solver.h"
 
 #include <algorithm>
+#include <cstring>
 #include <functional>
 #include <map>
-#include <typeinfo>
 
 #include "physics/AbstractBody.h"
 #include "physics/Constraint.h"
@@ -28,16 +28,49 @@ struct Segment {
     Constraint* other;
 };
 
-// A constraint with its priority beside it, so that sorting does not chase pointers.
+// A place in the constraint list with its priority as an unsigned key that orders like the
+// priority, so that sorting chases no pointers.
 struct Keyed {
-    math::real key;
-    Constraint* constraint;
+    uint32_t key;
+    uint32_t item;
 };
+
+// Priorities are squares: their bits order like their values. NaN, from a blown-up row,
+// sorts last instead of breaking the order.
+uint32_t PriorityKey(math::real priority) {
+    if (!(priority >= 0)) {
+        return 0;
+    }
+    uint32_t bits;
+    std::memcpy(&bits, &priority, sizeof bits);
+    return bits;
+}
+
+// Greatest key first, by three passes of an 11-bit radix sort; equal keys keep their order.
+void SortDescending(util::VectorPOD<Keyed>& keyed, util::VectorPOD<Keyed>& scratch) {
+    constexpr int kBits = 11;
+    constexpr uint32_t kMask = (1u << kBits) - 1;
+    scratch.resize(keyed.size());
+    for (int shift = 0; shift < 32; shift += kBits) {
+        uint32_t counts[kMask + 2] = {};
+        for (const Keyed& k : keyed) {
+            ++counts[((~k.key >> shift) & kMask) + 1];
+        }
+        for (uint32_t d = 0; d <= kMask; ++d) {
+            counts[d + 1] += counts[d];
+        }
+        for (const Keyed& k : keyed) {
+            scratch[counts[(~k.key >> shift) & kMask]++] = k;
+        }
+        keyed.swap(scratch);
+    }
+}
 
 // Kept from solve to solve, so that a step allocates only when its lists outgrow them.
 struct SweepBuffers {
-    ConstraintList order;
     util::VectorPOD<Keyed> keyed;
+    util::VectorPOD<Keyed> keyedScratch;
+    util::VectorPOD<ContactRow> listRows;  // in list order, before the sort
     util::VectorPOD<Contact*> contacts;
     util::VectorPOD<ContactRow> rows;
     util::VectorPOD<RowChange> changes;
@@ -135,46 +168,54 @@ void RunSolver(const std::vector<AbstractBody*>& allBodies, ConstraintList& cons
 void GaussSeidelSolver(const ConstraintList& constraints, const SolverSettings& settings) {
     VORRA_PROFILE("GaussSeidelSolver");
     SweepBuffers& buffers = Buffers();
-    ConstraintList& order = buffers.order;
-    order = constraints;
-    if (settings.solvePreSortConstraints) {
-        util::VectorPOD<Keyed>& keyed = buffers.keyed;
-        keyed.clear();
-        for (Constraint* constraint : order) {
-            constraint->CalcDelta();
-            keyed.push_back(Keyed{SortKey(constraint->priority), constraint});
-        }
-        std::sort(keyed.begin(), keyed.end(),
-                  [](const Keyed& a, const Keyed& b) { return a.key > b.key; });
-        for (size_t i = 0; i < keyed.size(); ++i) {
-            order[i] = keyed[i].constraint;
-        }
-    }
-
-    // Contacts, nearly all of the rows, are swept as packed copies: contiguous, without
-    // calls, their bodies in a small array of their own. Other kinds keep their place in
-    // the order and run through their own operations on the bodies' records, which are
-    // brought up to date around each call.
     util::VectorPOD<Contact*>& contacts = buffers.contacts;
     util::VectorPOD<ContactRow>& rows = buffers.rows;
+    util::VectorPOD<ContactRow>& listRows = buffers.listRows;
     util::VectorPOD<Segment>& segments = buffers.segments;
-    contacts.clear();
-    rows.clear();
-    segments.clear();
+    util::VectorPOD<Keyed>& keyed = buffers.keyed;
     buffers.bodies.clear();
     buffers.bodyOwners.clear();
     // A new stamp marks every body unplaced; 0 is what a new body holds.
     if (++buffers.stamp == 0) {
         ++buffers.stamp;
     }
-    for (Constraint* constraint : order) {
+
+    // Contacts, nearly all of the rows, are swept as packed copies: contiguous, without
+    // calls, their bodies in a small array of their own. Other kinds keep their place in
+    // the order and run through their own operations on the bodies' records, which are
+    // brought up to date around each call. Each constraint's row is made in list order,
+    // with a priority if the list is to be sorted.
+    listRows.resize(constraints.size());
+    keyed.clear();
+    for (size_t i = 0; i < constraints.size(); ++i) {
+        Constraint* constraint = constraints[i];
         const uint32_t body0 = SolverIndex(buffers, constraint->bodies[0]);
         const uint32_t body1 = SolverIndex(buffers, constraint->bodies[1]);
-        if (typeid(*constraint) == typeid(Contact)) {
-            Contact* contact = static_cast<Contact*>(constraint);
-            contacts.push_back(contact);
-            rows.resize(rows.size() + 1);
-            contact->ToRow(rows.back(), body0, body1);
+        math::real priority = 0;
+        if (constraint->IsContact()) {
+            static_cast<Contact*>(constraint)->ToRow(listRows[i], body0, body1);
+            if (settings.solvePreSortConstraints) {
+                priority = Contact::RowPriority(listRows[i], buffers.bodies.begin());
+            }
+        } else if (settings.solvePreSortConstraints) {
+            constraint->CalcDelta();
+            priority = constraint->priority;
+        }
+        keyed.push_back(Keyed{PriorityKey(priority), static_cast<uint32_t>(i)});
+    }
+    if (settings.solvePreSortConstraints) {
+        VORRA_PROFILE("Pre-sort");
+        SortDescending(keyed, buffers.keyedScratch);
+    }
+
+    contacts.clear();
+    rows.clear();
+    segments.clear();
+    for (const Keyed& k : keyed) {
+        Constraint* constraint = constraints[k.item];
+        if (constraint->IsContact()) {
+            contacts.push_back(static_cast<Contact*>(constraint));
+            rows.push_back(listRows[k.item]);
         } else {
             segments.push_back(Segment{rows.size(), constraint});
         }
@@ -183,6 +224,7 @@ void GaussSeidelSolver(const ConstraintList& constraints, const SolverSettings& 
     buffers.changes.resize(rows.size());
 
     const int passes = settings.solveIter;
+    VORRA_PROFILE("Sweeps");
     for (int pass = 0; pass < passes; ++pass) {
         RowChange* changes = pass + 1 == passes ? buffers.changes.begin() : nullptr;
         size_t row = 0;
