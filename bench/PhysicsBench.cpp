@@ -51,10 +51,7 @@ double Median(std::vector<double> values) {
 BodyPtr AddGeom(physics::Geom* geom, const Vec2& at, float angle = 0) {
     physics::GeomPtr held(geom);
     held->SetTransform(physics::Transform::FromAngle(angle, at));
-    BodyPtr body(new Body());
-    body->SetGeom(held);
-    Simulation::Get().AddBody(body);
-    return body;
+    return Simulation::Get().AddBodyOf(held);
 }
 
 // A plane through the point whose inner side faces along the normal.
@@ -88,8 +85,7 @@ std::string Field(const char* key, double value) {
 float KineticEnergy(const std::vector<BodyPtr>& bodies) {
     double sum = 0;
     for (const BodyPtr& body : bodies) {
-        sum += 0.5 * body->GetMass() * body->velocity.SquaredLength() +
-               0.5 * body->GetInertia() * body->angularVelocity * body->angularVelocity;
+        sum += body->GetKineticEnergy();
     }
     return static_cast<float>(sum);
 }
@@ -171,11 +167,8 @@ Scene Polygons() {
                          for (Vec2& point : outline) {
                              point += at;
                          }
-                         physics::GeomPtr polygon(new physics::Polygon(outline));
-                         BodyPtr body(new Body());
-                         body->SetGeom(polygon);
-                         Simulation::Get().AddBody(body);
-                         bodies.push_back(body);
+                         bodies.push_back(Simulation::Get().AddBodyOf(
+                             physics::GeomPtr(new physics::Polygon(outline))));
                      }
                  },
                  800,

@@ -64,6 +64,11 @@ public:
     math::real GetMass() const { return m_mass; }
     math::real GetMassInv() const { return m_massInv; }
     math::real GetArea() const { return m_area; }
+    // Of translation and rotation together.
+    math::real GetKineticEnergy() const {
+        return 0.5f * m_mass * velocity.SquaredLength() +
+               0.5f * m_inertia * angularVelocity * angularVelocity;
+    }
 
 private:
     size_t m_id;

@@ -10,12 +10,17 @@ ContactCache::ContactCache() : m_bucketStart(m_bucketCount + 1, 0) {}
 
 ContactCache::~ContactCache() = default;
 
+bool ContactCache::HasKey(const Entry& entry, size_t hash, size_t lowerID, size_t higherID,
+                          size_t index) {
+    return entry.hash == hash && entry.lowerID == lowerID && entry.higherID == higherID &&
+           entry.index == index;
+}
+
 uint32_t ContactCache::FindSlot(size_t hash, size_t lowerID, size_t higherID, size_t index) const {
     const size_t bucket = hash % (m_bucketStart.size() - 1);
     for (uint32_t e = m_bucketStart[bucket]; e < m_bucketStart[bucket + 1]; ++e) {
         const Entry& entry = m_entries[e];
-        if (entry.hash == hash && entry.lowerID == lowerID && entry.higherID == higherID &&
-            entry.index == index) {
+        if (HasKey(entry, hash, lowerID, higherID, index)) {
             return entry.slot;
         }
     }
@@ -89,9 +94,8 @@ void ContactCache::Rebuild(const std::vector<ContactPtr>& contacts) {
         bool repeated = false;
         for (uint32_t e = m_bucketStart[bucket]; e < m_fill[bucket]; ++e) {
             Entry& entry = m_entries[e];
-            if (entry.slot != kEmpty && entry.hash == contact.GetHash() &&
-                entry.lowerID == contact.GetLowerID() && entry.higherID == contact.GetHigherID() &&
-                entry.index == contact.GetIndex()) {
+            if (entry.slot != kEmpty && HasKey(entry, contact.GetHash(), contact.GetLowerID(),
+                                               contact.GetHigherID(), contact.GetIndex())) {
                 // Of equal keys the later contact is the cached one.
                 entry.slot = static_cast<uint32_t>(i);
                 repeated = true;

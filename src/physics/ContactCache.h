@@ -46,6 +46,8 @@ private:
     };
     static constexpr uint32_t kEmpty = 0xFFFFFFFFu;
 
+    static bool HasKey(const Entry& entry, size_t hash, size_t lowerID, size_t higherID,
+                       size_t index);
     // The place in m_held of the cached contact of the key, or kEmpty.
     uint32_t FindSlot(size_t hash, size_t lowerID, size_t higherID, size_t index) const;
     void Rebuild(const std::vector<ContactPtr>& contacts);

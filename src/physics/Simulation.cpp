@@ -125,6 +125,13 @@ void Simulation::AddBody(BodyPtr body) {
     m_bodies.push_back(std::move(body));
 }
 
+BodyPtr Simulation::AddBodyOf(const GeomPtr& geom) {
+    BodyPtr body(new Body());
+    body->SetGeom(geom);
+    AddBody(body);
+    return body;
+}
+
 bool Simulation::RemoveBody(const BodyPtr& body) {
     if (body == m_worldBody) {
         return false;

@@ -36,6 +36,8 @@ public:
 
     // A body already in the list is left where it is.
     void AddBody(BodyPtr body);
+    // A new body made of the one geom, where the geom is placed, added to the list.
+    BodyPtr AddBodyOf(const GeomPtr& geom);
     // Takes the body's geoms from it (which breaks the body-geom cycle) and drops it,
     // keeping the order of the rest. The world body stays. Returns whether it was listed.
     bool RemoveBody(const BodyPtr& body);

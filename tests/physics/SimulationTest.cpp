@@ -62,10 +62,7 @@ protected:
     static BodyPtr Add(physics::Geom* geom, const Vec2& at, float angle = 0) {
         physics::GeomPtr held(geom);
         held->SetTransform(physics::Transform::FromAngle(angle, at));
-        BodyPtr body(new Body());
-        body->SetGeom(held);
-        Simulation::Get().AddBody(body);
-        return body;
+        return Simulation::Get().AddBodyOf(held);
     }
 
     // The ground: a plane through the origin whose normal is turned by the angle from (0, 1).
@@ -77,11 +74,6 @@ protected:
         for (int i = 0; i < count; ++i) {
             Simulation::Get().Step(true);
         }
-    }
-
-    static float Kinetic(const Body& body) {
-        return 0.5f * body.GetMass() * body.velocity.SquaredLength() +
-               0.5f * body.GetInertia() * body.angularVelocity * body.angularVelocity;
     }
 
     // The world angle of a body's first geom: a body restarts at angle 0 when its geoms
@@ -335,7 +327,7 @@ TEST_F(SimulationTest, BoxComesToRestAtTheTargetDepth) {
         const float depth = 0.5f - box->position.y;
         EXPECT_NEAR(depth, sim.targetPenetration->Get(), 5e-4f) << "prioritized " << prioritized;
         EXPECT_LT(OffSquare(GeomAngle(*box)), 1e-3f);
-        EXPECT_LT(Kinetic(*box), 1e-6f);
+        EXPECT_LT(box->GetKineticEnergy(), 1e-6f);
         EXPECT_EQ(sim.GetContacts().size(), 2u);
         // The cache finds the same two contacts in every step of a resting body.
         EXPECT_EQ(sim.GetContactCache().GetMatchCount(), 2u);
@@ -413,7 +405,7 @@ TEST_F(SimulationTest, StackOfTenBoxesStandsForTenSeconds) {
         EXPECT_NEAR(boxes[i]->position.x, 0, 0.3f) << i;
         EXPECT_NEAR(boxes[i]->position.y, 0.5f + i, 0.05f) << i;
         EXPECT_LT(OffSquare(GeomAngle(*boxes[i])), 0.01f) << i;
-        EXPECT_LT(Kinetic(*boxes[i]), 1e-3f) << i;
+        EXPECT_LT(boxes[i]->GetKineticEnergy(), 1e-3f) << i;
     }
 }
 
@@ -422,9 +414,7 @@ TEST_F(SimulationTest, ConcavePolygonRestsOnItsOutline) {
     // A U, open at the top, drawn a little above the ground.
     const math::Vec2List outline = {{0, 1}, {3, 1}, {3, 4}, {2, 4}, {2, 2}, {1, 2}, {1, 4}, {0, 4}};
     physics::GeomPtr shape(new physics::Polygon(outline));
-    BodyPtr body(new Body());
-    body->SetGeom(shape);
-    sim.AddBody(body);
+    const BodyPtr body = sim.AddBodyOf(shape);
     Steps(500);
     const physics::Polygon& polygon = static_cast<physics::Polygon&>(*shape);
     float lowest = math::Infinity();
@@ -434,7 +424,7 @@ TEST_F(SimulationTest, ConcavePolygonRestsOnItsOutline) {
     // Resting on its flat bottom, sunk by about the target depth, upright and still.
     EXPECT_NEAR(lowest, -sim.targetPenetration->Get(), 0.01f);
     EXPECT_NEAR(GeomAngle(*body), 0, 0.01f);
-    EXPECT_LT(Kinetic(*body), 1e-4f);
+    EXPECT_LT(body->GetKineticEnergy(), 1e-4f);
     EXPECT_GE(sim.GetContacts().size(), 2u);
 }
 
@@ -447,9 +437,7 @@ std::vector<float> RunMixedScene(bool prioritized) {
     sim.prioritizedSolver->SetNative(prioritized);
     physics::GeomPtr ground(new physics::Plane());
     ground->SetTransform(physics::Transform::FromAngle(kPi / 2, {0, 0}));
-    BodyPtr groundBody(new Body());
-    groundBody->SetGeom(ground);
-    sim.AddBody(groundBody);
+    sim.AddBodyOf(ground);
     for (int i = 0; i < 24; ++i) {
         const float x = (i % 6) * 1.1f - 3;
         const float y = 1 + (i / 6) * 1.3f;
@@ -466,15 +454,13 @@ std::vector<float> RunMixedScene(bool prioritized) {
                     math::Vec2List{{-0.5f, -0.4f}, {0.5f, -0.5f}, {0.3f, 0.5f}, {-0.4f, 0.3f}}));
         }
         geom->SetTransform(physics::Transform::FromAngle(0.1f * i, {x, y}));
-        BodyPtr body(new Body());
-        body->SetGeom(geom);
+        const BodyPtr body = sim.AddBodyOf(geom);
         // Every fourth body gets a second geom, so that a body's own geom order counts.
         if (i % 4 == 0) {
             physics::GeomPtr extra(new physics::Circle(0.2f));
             extra->SetTransform(physics::Transform::FromAngle(0, {x + 0.4f, y + 0.4f}));
             body->AddGeom(extra);
         }
-        sim.AddBody(body);
     }
     for (int i = 0; i < 300; ++i) {
         sim.Step(true);
