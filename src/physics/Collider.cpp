@@ -127,88 +127,6 @@ void Collider::AssignBodies(const BodyList& bodies) {
     }
 }
 
-void Collider::PairsWithin(const std::vector<math::BoundingBox2f>& boxes, PairList& pairs) const {
-    pairs.clear();
-    const uint32_t n = static_cast<uint32_t>(m_broadPhase ? boxes.size() : 0);
-    if (!m_broadPhase) {
-        return;
-    }
-    // Sweep along x: an interval stays active until one starts beyond its end.
-    std::vector<uint32_t> order(n);
-    for (uint32_t i = 0; i < n; ++i) {
-        order[i] = i;
-    }
-    std::sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) {
-        return boxes[a].min.x < boxes[b].min.x || (boxes[a].min.x == boxes[b].min.x && a < b);
-    });
-    std::vector<uint32_t> active;
-    for (uint32_t i : order) {
-        const math::BoundingBox2f& box = boxes[i];
-        size_t kept = 0;
-        for (uint32_t j : active) {
-            if (boxes[j].max.x >= box.min.x) {
-                active[kept++] = j;
-                if (boxes[j].min.y <= box.max.y && box.min.y <= boxes[j].max.y) {
-                    pairs.emplace_back(std::min(i, j), std::max(i, j));
-                }
-            }
-        }
-        active.resize(kept);
-        active.push_back(i);
-    }
-    std::sort(pairs.begin(), pairs.end());
-}
-
-void Collider::PairsAcross(const std::vector<math::BoundingBox2f>& first,
-                           const std::vector<math::BoundingBox2f>& second, PairList& pairs) const {
-    pairs.clear();
-    if (!m_broadPhase) {
-        return;
-    }
-    // One sweep over both lists; an index above the first list's size is of the second.
-    const uint32_t split = static_cast<uint32_t>(first.size());
-    const uint32_t n = split + static_cast<uint32_t>(second.size());
-    auto boxOf = [&](uint32_t k) -> const math::BoundingBox2f& {
-        return k < split ? first[k] : second[k - split];
-    };
-    std::vector<uint32_t> order(n);
-    for (uint32_t k = 0; k < n; ++k) {
-        order[k] = k;
-    }
-    std::sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) {
-        const float ma = boxOf(a).min.x;
-        const float mb = boxOf(b).min.x;
-        return ma < mb || (ma == mb && a < b);
-    });
-    std::vector<uint32_t> activeFirst;
-    std::vector<uint32_t> activeSecond;
-    auto sweep = [&](std::vector<uint32_t>& active, const math::BoundingBox2f& box, uint32_t k,
-                     bool kIsFirst) {
-        size_t kept = 0;
-        for (uint32_t j : active) {
-            const math::BoundingBox2f& other = boxOf(j);
-            if (other.max.x >= box.min.x) {
-                active[kept++] = j;
-                if (other.min.y <= box.max.y && box.min.y <= other.max.y) {
-                    pairs.emplace_back(kIsFirst ? k : j, kIsFirst ? j - split : k - split);
-                }
-            }
-        }
-        active.resize(kept);
-    };
-    for (uint32_t k : order) {
-        const math::BoundingBox2f& box = boxOf(k);
-        if (k < split) {
-            sweep(activeSecond, box, k, true);
-            activeFirst.push_back(k);
-        } else {
-            sweep(activeFirst, box, k, false);
-            activeSecond.push_back(k);
-        }
-    }
-    std::sort(pairs.begin(), pairs.end());
-}
-
 void Collider::Collide(std::vector<ContactPtr>& contacts) {
     VORRA_PROFILE("Collider::Collide");
     {
@@ -226,7 +144,7 @@ void Collider::Collide(std::vector<ContactPtr>& contacts) {
             }
             return;
         }
-        PairsWithin(bounds, m_pairs);
+        m_pairFinder.Within(bounds, m_pairs);
         for (const auto& [i, j] : m_pairs) {
             test(i, j);
         }
@@ -241,7 +159,7 @@ void Collider::Collide(std::vector<ContactPtr>& contacts) {
             }
             return;
         }
-        PairsAcross(first, second, m_pairs);
+        m_pairFinder.Across(first, second, m_pairs);
         for (const auto& [i, j] : m_pairs) {
             test(i, j);
         }

@@ -6,6 +6,7 @@
 
 #include "math/BoundingBox2.h"
 #include "math/Vector2.h"
+#include "physics/BroadPhase.h"
 #include "physics/Forward.h"
 
 namespace physics {
@@ -14,7 +15,7 @@ namespace physics {
 // lists are paired in a fixed order, which fixes the order of the contacts and so the order
 // in which the solver meets them.
 //
-// The pairs of each group are found by a sweep over bounding boxes that are conservative
+// The pairs of each group are found by a grid over bounding boxes that are conservative
 // for that group's own tests, then walked in the same (i, j) order as a plain walk over all
 // pairs would: the contacts are the same, in the same order, with the same indices, but a
 // scene of mostly separate bodies costs about linearly in its size.
@@ -41,7 +42,6 @@ private:
         math::Vec2 centre;
         float radius;
     };
-    using PairList = std::vector<std::pair<uint32_t, uint32_t>>;
 
     void CollidePlanes(std::vector<ContactPtr>& contacts);
     void CollidePolygonPolygon(std::vector<ContactPtr>& contacts, PolygonEntry& a, PolygonEntry& b);
@@ -53,12 +53,6 @@ private:
     void CollideBoxPolygon(std::vector<ContactPtr>& contacts, Box* box, PolygonEntry& p);
     void CollideBoxCircle(std::vector<ContactPtr>& contacts, Box* box, const CircleEntry& c);
 
-    // Candidate pairs within one list (i < j) or across two lists, sorted by (i, j). With
-    // the broad phase off, simply all of them.
-    void PairsWithin(const std::vector<math::BoundingBox2f>& boxes, PairList& pairs) const;
-    void PairsAcross(const std::vector<math::BoundingBox2f>& first,
-                     const std::vector<math::BoundingBox2f>& second, PairList& pairs) const;
-
     bool m_broadPhase;
     std::vector<Plane*> m_planes;
     std::vector<PolygonEntry> m_polygons;
@@ -69,7 +63,8 @@ private:
     std::vector<math::BoundingBox2f> m_polygonBounds;
     std::vector<math::BoundingBox2f> m_circleBounds;
     std::vector<math::BoundingBox2f> m_boxBounds;
-    PairList m_pairs;
+    BroadPhase m_pairFinder;
+    BroadPhase::PairList m_pairs;
 };
 
 }  // namespace physics

@@ -7,46 +7,10 @@
 #include "math/Vector2.h"
 #include "physics/Constraint.h"
 #include "physics/Forward.h"
+#include "physics/SolverRows.h"
 #include "util/Recycler.h"
 
 namespace physics {
-
-// A body as the Gauss-Seidel sweep sees it: its velocity changes and its solver inverse
-// values side by side in one small array, so that the rows' random accesses to their
-// bodies stay in cache.
-struct SolverBody {
-    math::Vec2 velocityChange;
-    math::real angularChange;
-    math::real massInv;
-    math::real inertiaInv;
-};
-
-// A contact as the sweep sees it: one compact record with the lever arms and effective
-// masses at hand and its bodies as indices into the SolverBody array. The arithmetic is
-// that of CalcDelta followed by ApplyDelta, regrouped: equal up to rounding.
-struct ContactRow {
-    uint32_t body0;
-    uint32_t body1;
-    math::Vec2 n;    // the tangent is (-n.y, n.x)
-    math::real rn1;  // cross(r1, n), cross(r1, t), ...
-    math::real rt1;
-    math::real rn2;
-    math::real rt2;
-    math::real massN;
-    math::real massT;
-    math::real targetN;
-    math::real targetT;
-    math::real accN;
-    math::real accT;
-    math::real friction;
-};
-
-// The last changes of a row's two impulses, kept apart from the rows: only the last pass
-// writes them.
-struct RowChange {
-    math::real deltaN;
-    math::real deltaT;
-};
 
 // One point of touching between two geoms in one step, and the solver row that keeps them
 // apart. Rebuilt every step; impulses and the time of first touch carry over through the

@@ -8,6 +8,7 @@
 #include "physics/AbstractBody.h"
 #include "physics/Constraint.h"
 #include "physics/Contact.h"
+#include "physics/RowBatches.h"
 #include "util/Assert.h"
 #include "util/Profiler.h"
 
@@ -25,6 +26,7 @@ math::real SortKey(math::real priority) {
 // another kind (none after the last run).
 struct Segment {
     size_t rowEnd;
+    size_t batchEnd;
     Constraint* other;
 };
 
@@ -74,6 +76,8 @@ struct SweepBuffers {
     util::VectorPOD<Contact*> contacts;
     util::VectorPOD<ContactRow> rows;
     util::VectorPOD<RowChange> changes;
+    util::VectorPOD<RowChange> laneChanges;
+    RowBatches batches;
     util::VectorPOD<Segment> segments;
     util::VectorPOD<SolverBody> bodies;
     util::VectorPOD<AbstractBody*> bodyOwners;
@@ -217,21 +221,37 @@ void GaussSeidelSolver(const ConstraintList& constraints, const SolverSettings& 
             contacts.push_back(static_cast<Contact*>(constraint));
             rows.push_back(listRows[k.item]);
         } else {
-            segments.push_back(Segment{rows.size(), constraint});
+            segments.push_back(Segment{rows.size(), 0, constraint});
         }
     }
-    segments.push_back(Segment{rows.size(), nullptr});
+    segments.push_back(Segment{rows.size(), 0, nullptr});
     buffers.changes.resize(rows.size());
+
+    // The rows between two constraints of other kinds are swept four at a time, in batches
+    // whose padding works on a body slot of its own.
+    RowBatches& batches = buffers.batches;
+    {
+        VORRA_PROFILE("Batching");
+        const uint32_t dummyBody = static_cast<uint32_t>(buffers.bodies.size());
+        buffers.bodies.push_back(SolverBody{{0, 0}, 0, 0, 0});
+        batches.Clear(dummyBody);
+        size_t row = 0;
+        for (Segment& segment : segments) {
+            batches.Add(rows.begin(), row, segment.rowEnd - row, buffers.bodies.begin());
+            segment.batchEnd = batches.BatchCount();
+            row = segment.rowEnd;
+        }
+        buffers.laneChanges.resize(batches.BatchCount() * RowBatch::kLanes);
+    }
 
     const int passes = settings.solveIter;
     VORRA_PROFILE("Sweeps");
     for (int pass = 0; pass < passes; ++pass) {
-        RowChange* changes = pass + 1 == passes ? buffers.changes.begin() : nullptr;
-        size_t row = 0;
+        RowChange* changes = pass + 1 == passes ? buffers.laneChanges.begin() : nullptr;
+        size_t batch = 0;
         for (const Segment& segment : segments) {
-            Contact::Sweep(rows.begin() + row, rows.begin() + segment.rowEnd,
-                           buffers.bodies.begin(), changes ? changes + row : nullptr);
-            row = segment.rowEnd;
+            batches.Sweep(batch, segment.batchEnd, buffers.bodies.begin(), changes);
+            batch = segment.batchEnd;
             if (Constraint* other = segment.other) {
                 CopyToBody(buffers, other->bodies[0]);
                 CopyToBody(buffers, other->bodies[1]);
@@ -246,6 +266,8 @@ void GaussSeidelSolver(const ConstraintList& constraints, const SolverSettings& 
     for (size_t i = 0; i < buffers.bodyOwners.size(); ++i) {
         CopyToBody(buffers, buffers.bodyOwners[i]);
     }
+    batches.Scatter(rows.begin(), passes > 0 ? buffers.laneChanges.begin() : nullptr,
+                    buffers.changes.begin());
     for (size_t i = 0; i < contacts.size(); ++i) {
         contacts[i]->FromRow(rows[i], passes > 0 ? &buffers.changes[i] : nullptr);
     }

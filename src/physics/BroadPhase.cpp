@@ -1,0 +1,183 @@
+#include "physics/BroadPhase.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace physics {
+namespace {
+
+// More cells than this and a box is tested against all others instead: a plane-sized box
+// must not fill the grid.
+constexpr int64_t kMaxCellsPerBox = 16;
+
+// floor(v / size), held inside the int range; monotonic in v, which is all that the one
+// reporting cell of a pair relies on.
+int32_t CellOf(float v, float inverseSize) {
+    const float cell = std::floor(v * inverseSize);
+    return static_cast<int32_t>(std::clamp(cell, -1.0e9f, 1.0e9f));
+}
+
+uint32_t HashCell(int32_t x, int32_t y) {
+    return (static_cast<uint32_t>(x) * 73856093u) ^ (static_cast<uint32_t>(y) * 19349663u);
+}
+
+// The larger side of the average finite box; 1 when there is none to go by.
+float CellSize(const util::VectorPOD<math::BoundingBox2f>& boxes) {
+    double sum = 0;
+    size_t count = 0;
+    for (const math::BoundingBox2f& box : boxes) {
+        if (box.IsFinite() && !box.IsEmpty()) {
+            sum += std::max(box.Width(), box.Height());
+            ++count;
+        }
+    }
+    const float size = count ? static_cast<float>(sum / static_cast<double>(count)) : 1.0f;
+    return size > 1e-6f && std::isfinite(size) ? size : 1.0f;
+}
+
+}  // namespace
+
+void BroadPhase::Within(const std::vector<math::BoundingBox2f>& boxes, PairList& pairs) {
+    m_boxes.assign(boxes.data(), boxes.data() + boxes.size());
+    const uint32_t n = static_cast<uint32_t>(boxes.size());
+    Find(n, false, pairs);
+    SortPairs(pairs);
+}
+
+void BroadPhase::Across(const std::vector<math::BoundingBox2f>& first,
+                        const std::vector<math::BoundingBox2f>& second, PairList& pairs) {
+    pairs.clear();
+    if (first.empty() || second.empty()) {
+        return;
+    }
+    m_boxes.assign(first.data(), first.data() + first.size());
+    for (const math::BoundingBox2f& box : second) {
+        m_boxes.push_back(box);
+    }
+    const uint32_t split = static_cast<uint32_t>(first.size());
+    Find(split, true, pairs);
+    SortPairs(pairs);
+}
+
+void BroadPhase::Report(uint32_t a, uint32_t b, uint32_t split, bool across,
+                        PairList& pairs) const {
+    if (a > b) {
+        std::swap(a, b);
+    }
+    if (across && !(a < split && b >= split)) {
+        return;
+    }
+    if (m_boxes[a].Overlaps(m_boxes[b])) {
+        pairs.emplace_back(a, across ? b - split : b);
+    }
+}
+
+void BroadPhase::Find(uint32_t split, bool across, PairList& pairs) {
+    pairs.clear();
+    const uint32_t n = static_cast<uint32_t>(m_boxes.size());
+    const float inverseSize = 1.0f / CellSize(m_boxes);
+
+    m_entries.clear();
+    m_large.clear();
+    m_isLarge.resize(n);
+    for (uint32_t k = 0; k < n; ++k) {
+        const math::BoundingBox2f& box = m_boxes[k];
+        m_isLarge[k] = 1;
+        if (!box.IsFinite()) {
+            m_large.push_back(k);
+            continue;
+        }
+        const int32_t x0 = CellOf(box.min.x, inverseSize);
+        const int32_t x1 = CellOf(box.max.x, inverseSize);
+        const int32_t y0 = CellOf(box.min.y, inverseSize);
+        const int32_t y1 = CellOf(box.max.y, inverseSize);
+        const int64_t width = int64_t{x1} - x0 + 1;
+        const int64_t height = int64_t{y1} - y0 + 1;
+        if (width <= 0 || height <= 0 || width * height > kMaxCellsPerBox) {
+            m_large.push_back(k);
+            continue;
+        }
+        m_isLarge[k] = 0;
+        for (int32_t y = y0; y <= y1; ++y) {
+            for (int32_t x = x0; x <= x1; ++x) {
+                m_entries.push_back(Entry{x, y, k});
+            }
+        }
+    }
+
+    // Entries by hashed cell through a counting sort; within a bucket they keep box order.
+    uint32_t buckets = 1;
+    while (buckets < m_entries.size()) {
+        buckets *= 2;
+    }
+    const uint32_t mask = buckets - 1;
+    m_bucketStart.resize(buckets + 1);
+    std::fill(m_bucketStart.begin(), m_bucketStart.end(), 0);
+    for (const Entry& e : m_entries) {
+        ++m_bucketStart[(HashCell(e.cellX, e.cellY) & mask) + 1];
+    }
+    for (uint32_t b = 0; b < buckets; ++b) {
+        m_bucketStart[b + 1] += m_bucketStart[b];
+    }
+    m_sorted.resize(m_entries.size());
+    for (const Entry& e : m_entries) {
+        m_sorted[m_bucketStart[HashCell(e.cellX, e.cellY) & mask]++] = e;
+    }
+
+    // The counts moved each start to the next bucket's: walk the buckets by their ends.
+    uint32_t begin = 0;
+    for (uint32_t b = 0; b < buckets; ++b) {
+        const uint32_t end = m_bucketStart[b];
+        for (uint32_t i = begin; i < end; ++i) {
+            const Entry& e = m_sorted[i];
+            for (uint32_t j = i + 1; j < end; ++j) {
+                const Entry& f = m_sorted[j];
+                if (f.cellX != e.cellX || f.cellY != e.cellY) {
+                    continue;  // another cell with the same hash
+                }
+                // Only the cell of the overlap's lower corner reports the pair.
+                const math::BoundingBox2f& a = m_boxes[e.box];
+                const math::BoundingBox2f& c = m_boxes[f.box];
+                if (CellOf(std::max(a.min.x, c.min.x), inverseSize) == e.cellX &&
+                    CellOf(std::max(a.min.y, c.min.y), inverseSize) == e.cellY) {
+                    Report(e.box, f.box, split, across, pairs);
+                }
+            }
+        }
+        begin = end;
+    }
+
+    for (uint32_t large : m_large) {
+        for (uint32_t k = 0; k < n; ++k) {
+            if (m_isLarge[k] && k <= large) {
+                continue;  // a pair of large boxes is taken by the later one
+            }
+            Report(large, k, split, across, pairs);
+        }
+    }
+}
+
+void BroadPhase::SortPairs(PairList& pairs) {
+    // Two counting passes: by the second index, then stably by the first.
+    const uint32_t range = static_cast<uint32_t>(m_boxes.size());
+    m_scratch.resize(pairs.size());
+    for (int pass = 0; pass < 2; ++pass) {
+        m_counts.resize(range + 1);
+        std::fill(m_counts.begin(), m_counts.end(), 0);
+        auto digit = [pass](const std::pair<uint32_t, uint32_t>& p) {
+            return pass == 0 ? p.second : p.first;
+        };
+        for (const auto& p : pairs) {
+            ++m_counts[digit(p) + 1];
+        }
+        for (uint32_t d = 0; d < range; ++d) {
+            m_counts[d + 1] += m_counts[d];
+        }
+        for (const auto& p : pairs) {
+            m_scratch[m_counts[digit(p)]++] = p;
+        }
+        pairs.swap(m_scratch);
+    }
+}
+
+}  // namespace physics

@@ -1,0 +1,262 @@
+#include "physics/RowBatches.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "physics/RowSweepKernel.h"
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace physics {
+
+// The sweep loads a body's first four values as one vector and writes them back.
+static_assert(sizeof(SolverBody) == 5 * sizeof(math::real) &&
+                  offsetof(SolverBody, angularChange) == 2 * sizeof(math::real) &&
+                  offsetof(SolverBody, massInv) == 3 * sizeof(math::real),
+              "SolverBody must be packed floats: vx, vy, w, massInv, inertiaInv");
+
+namespace {
+
+constexpr int kLanes = RowBatch::kLanes;
+
+bool Moves(const SolverBody& body) {
+    return body.massInv != 0 || body.inertiaInv != 0;
+}
+
+}  // namespace
+
+void RowBatches::Clear(uint32_t dummyBody) {
+    m_batches.clear();
+    m_laneRows.clear();
+    m_dummyBody = dummyBody;
+    m_filled = kLanes;
+    m_bodyLevel.resize(dummyBody + 1);
+    m_bodyStamp.resize(dummyBody + 1, 0);
+}
+
+void RowBatches::Add(const ContactRow* rows, size_t first, size_t count, const SolverBody* bodies) {
+    if (count == 0) {
+        return;
+    }
+    // A new stamp forgets the levels of the runs before; stamps start at 1.
+    if (++m_stamp == 0) {
+        std::fill(m_bodyStamp.begin(), m_bodyStamp.end(), 0);
+        m_stamp = 1;
+    }
+    m_rowLevel.resize(count);
+    uint32_t levels = 0;
+    for (size_t k = 0; k < count; ++k) {
+        const ContactRow& row = rows[first + k];
+        const uint32_t both[2] = {row.body0, row.body1};
+        uint32_t level = 0;
+        for (uint32_t b : both) {
+            if (Moves(bodies[b]) && m_bodyStamp[b] == m_stamp) {
+                level = std::max(level, m_bodyLevel[b]);
+            }
+        }
+        for (uint32_t b : both) {
+            if (Moves(bodies[b])) {
+                m_bodyStamp[b] = m_stamp;
+                m_bodyLevel[b] = level + 1;
+            }
+        }
+        m_rowLevel[k] = level;
+        levels = std::max(levels, level + 1);
+    }
+
+    // Rows by level, keeping their order within a level: a counting sort.
+    m_levelStart.resize(levels + 1);
+    std::fill(m_levelStart.begin(), m_levelStart.end(), 0);
+    for (size_t k = 0; k < count; ++k) {
+        ++m_levelStart[m_rowLevel[k] + 1];
+    }
+    for (uint32_t l = 0; l < levels; ++l) {
+        m_levelStart[l + 1] += m_levelStart[l];
+    }
+    m_byLevel.resize(count);
+    for (size_t k = 0; k < count; ++k) {
+        m_byLevel[m_levelStart[m_rowLevel[k]]++] = static_cast<uint32_t>(first + k);
+    }
+
+    // The counts have moved each start to the next level's; walk the levels by their ends.
+    uint32_t begin = 0;
+    for (uint32_t l = 0; l < levels; ++l) {
+        const uint32_t end = m_levelStart[l];
+        PadBatch();
+        for (uint32_t i = begin; i < end; ++i) {
+            Append(rows, m_byLevel[i], bodies);
+        }
+        begin = end;
+    }
+    PadBatch();
+}
+
+void RowBatches::Append(const ContactRow* rows, uint32_t rowIndex, const SolverBody* bodies) {
+    if (m_filled == kLanes) {
+        m_batches.push_back(RowBatch{});
+        m_laneRows.resize(m_laneRows.size() + kLanes, kNoRow);
+        m_filled = 0;
+    }
+    const ContactRow& row = rows[rowIndex];
+    RowBatch& batch = m_batches.back();
+    const int lane = m_filled++;
+    batch.body0[lane] = row.body0;
+    batch.body1[lane] = row.body1;
+    batch.nx[lane] = row.n.x;
+    batch.ny[lane] = row.n.y;
+    batch.rn1[lane] = row.rn1;
+    batch.rt1[lane] = row.rt1;
+    batch.rn2[lane] = row.rn2;
+    batch.rt2[lane] = row.rt2;
+    batch.massN[lane] = row.massN;
+    batch.massT[lane] = row.massT;
+    batch.targetN[lane] = row.targetN;
+    batch.targetT[lane] = row.targetT;
+    batch.accN[lane] = row.accN;
+    batch.accT[lane] = row.accT;
+    batch.friction[lane] = row.friction;
+    batch.inertiaInv0[lane] = bodies[row.body0].inertiaInv;
+    batch.inertiaInv1[lane] = bodies[row.body1].inertiaInv;
+    m_laneRows[(m_batches.size() - 1) * kLanes + lane] = rowIndex;
+}
+
+void RowBatches::PadBatch() {
+    if (m_filled == kLanes) {
+        return;
+    }
+    // All zeros but the bodies: the row asks for nothing and changes nothing.
+    RowBatch& batch = m_batches.back();
+    for (int lane = m_filled; lane < kLanes; ++lane) {
+        batch.body0[lane] = m_dummyBody;
+        batch.body1[lane] = m_dummyBody;
+    }
+    m_filled = kLanes;
+}
+
+void RowBatches::Scatter(ContactRow* rows, const RowChange* laneChanges,
+                         RowChange* rowChanges) const {
+    for (size_t b = 0; b < m_batches.size(); ++b) {
+        const RowBatch& batch = m_batches[b];
+        for (int lane = 0; lane < kLanes; ++lane) {
+            const size_t slot = b * kLanes + static_cast<size_t>(lane);
+            const uint32_t r = m_laneRows[slot];
+            if (r == kNoRow) {
+                continue;
+            }
+            rows[r].accN = batch.accN[lane];
+            rows[r].accT = batch.accT[lane];
+            if (laneChanges) {
+                rowChanges[r] = laneChanges[slot];
+            }
+        }
+    }
+}
+
+namespace {
+
+// The lane operations for the sweep's kernel. Max and Min keep the kernel's operand rule,
+// which the vector instructions follow by themselves.
+#if defined(__SSE2__)
+
+struct NarrowLanes {
+    using V = __m128;
+    static constexpr int kWidth = 4;
+
+    static V Zero() { return _mm_setzero_ps(); }
+    static V Load(const float* p) { return _mm_loadu_ps(p); }
+    static void Store(float* p, V v) { _mm_storeu_ps(p, v); }
+    static V Add(V a, V b) { return _mm_add_ps(a, b); }
+    static V Sub(V a, V b) { return _mm_sub_ps(a, b); }
+    static V Mul(V a, V b) { return _mm_mul_ps(a, b); }
+    static V Max(V a, V b) { return _mm_max_ps(a, b); }
+    static V Min(V a, V b) { return _mm_min_ps(a, b); }
+    static V Negate(V a) { return _mm_xor_ps(a, _mm_set1_ps(-0.0f)); }
+
+    // A body's first four values (vx, vy, w, massInv) as one row each, turned into columns.
+    static void LoadBodies(const SolverBody* bodies, const uint32_t* index, V& x, V& y, V& w,
+                           V& m) {
+        x = _mm_loadu_ps(&bodies[index[0]].velocityChange.x);
+        y = _mm_loadu_ps(&bodies[index[1]].velocityChange.x);
+        w = _mm_loadu_ps(&bodies[index[2]].velocityChange.x);
+        m = _mm_loadu_ps(&bodies[index[3]].velocityChange.x);
+        _MM_TRANSPOSE4_PS(x, y, w, m);
+    }
+    static void StoreBodies(SolverBody* bodies, const uint32_t* index, V x, V y, V w, V m) {
+        _MM_TRANSPOSE4_PS(x, y, w, m);
+        _mm_storeu_ps(&bodies[index[0]].velocityChange.x, x);
+        _mm_storeu_ps(&bodies[index[1]].velocityChange.x, y);
+        _mm_storeu_ps(&bodies[index[2]].velocityChange.x, w);
+        _mm_storeu_ps(&bodies[index[3]].velocityChange.x, m);
+    }
+    static void StoreChanges(RowChange* out, V dN, V dT) {
+        _mm_storeu_ps(&out[0].deltaN, _mm_unpacklo_ps(dN, dT));
+        _mm_storeu_ps(&out[2].deltaN, _mm_unpackhi_ps(dN, dT));
+    }
+};
+
+#else
+
+// Without vector instructions, one lane at a time.
+struct NarrowLanes {
+    using V = float;
+    static constexpr int kWidth = 1;
+
+    static V Zero() { return 0.0f; }
+    static V Load(const float* p) { return *p; }
+    static void Store(float* p, V v) { *p = v; }
+    static V Add(V a, V b) { return a + b; }
+    static V Sub(V a, V b) { return a - b; }
+    static V Mul(V a, V b) { return a * b; }
+    static V Max(V a, V b) { return a > b ? a : b; }
+    static V Min(V a, V b) { return a < b ? a : b; }
+    static V Negate(V a) { return -a; }
+
+    static void LoadBodies(const SolverBody* bodies, const uint32_t* index, V& x, V& y, V& w,
+                           V& m) {
+        const SolverBody& body = bodies[*index];
+        x = body.velocityChange.x;
+        y = body.velocityChange.y;
+        w = body.angularChange;
+        m = body.massInv;
+    }
+    static void StoreBodies(SolverBody* bodies, const uint32_t* index, V x, V y, V w, V) {
+        SolverBody& body = bodies[*index];
+        body.velocityChange.x = x;
+        body.velocityChange.y = y;
+        body.angularChange = w;
+    }
+    static void StoreChanges(RowChange* out, V dN, V dT) { *out = RowChange{dN, dT}; }
+};
+
+#endif
+
+bool g_wideVectorsAllowed = true;
+
+}  // namespace
+
+#if defined(VORRA_WIDE_SWEEP)
+bool HasWideVectors() {
+    return __builtin_cpu_supports("avx");
+}
+#endif
+
+bool RowBatches::AllowWideVectors(bool allowed) {
+    const bool was = g_wideVectorsAllowed;
+    g_wideVectorsAllowed = allowed;
+    return was;
+}
+
+void RowBatches::Sweep(size_t first, size_t last, SolverBody* bodies, RowChange* changes) {
+#if defined(VORRA_WIDE_SWEEP)
+    static const bool wide = HasWideVectors();
+    if (wide && g_wideVectorsAllowed) {
+        SweepRowBatchesWide(m_batches.begin(), first, last, bodies, changes);
+        return;
+    }
+#endif
+    SweepRowBatches<NarrowLanes>(m_batches.begin(), first, last, bodies, changes);
+}
+
+}  // namespace physics

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "math/Real.h"
+#include "physics/SolverRows.h"
+#include "util/VectorPOD.h"
+
+namespace physics {
+
+// The contact rows of a sweep regrouped into batches of four that can be solved at once.
+// Each row goes into the first level after the last one that touched one of its movable
+// bodies, so every body sees its rows' changes in the order of the list and a batched
+// sweep gives, bit for bit, what the sequential one gives. Bodies that neither move nor
+// turn take only zeros and order nothing. A level's last batch is padded with rows of
+// nothing on a body slot of their own.
+class RowBatches {
+public:
+    static constexpr uint32_t kNoRow = UINT32_MAX;
+
+    // Starts over for a sweep whose padding rows use the body slot dummyBody, which must
+    // hold zeros and be used by no row.
+    void Clear(uint32_t dummyBody);
+    // Schedules rows [first, first + count) of the list, after everything scheduled before;
+    // the batch count afterwards marks the end of this run.
+    void Add(const ContactRow* rows, size_t first, size_t count, const SolverBody* bodies);
+    size_t BatchCount() const { return m_batches.size(); }
+    // The row in each lane, batch by batch, kNoRow for padding.
+    const util::VectorPOD<uint32_t>& LaneRows() const { return m_laneRows; }
+
+    // One pass over batches [first, last). With changes given, each lane's changes are
+    // recorded at batch * RowBatch::kLanes + lane.
+    void Sweep(size_t first, size_t last, SolverBody* bodies, RowChange* changes);
+    // Hands each row its accumulated impulses, and its last changes if recorded.
+    void Scatter(ContactRow* rows, const RowChange* laneChanges, RowChange* rowChanges) const;
+
+    // Whether the sweep may use eight-lane vectors where the processor has them (it may by
+    // default); the result is the same either way. Returns the setting before.
+    static bool AllowWideVectors(bool allowed);
+
+private:
+    void Append(const ContactRow* rows, uint32_t rowIndex, const SolverBody* bodies);
+    void PadBatch();
+
+    util::VectorPOD<RowBatch> m_batches;
+    util::VectorPOD<uint32_t> m_laneRows;  // the row in each lane, or kNoRow
+    uint32_t m_dummyBody = 0;
+    int m_filled = RowBatch::kLanes;  // lanes taken in the last batch
+
+    // Scheduling scratch, kept to spare the allocations.
+    util::VectorPOD<uint32_t> m_bodyLevel;  // a body's next free level, with its stamp
+    util::VectorPOD<uint32_t> m_bodyStamp;
+    util::VectorPOD<uint32_t> m_rowLevel;
+    util::VectorPOD<uint32_t> m_levelStart;
+    util::VectorPOD<uint32_t> m_byLevel;
+    uint32_t m_stamp = 0;
+};
+
+}  // namespace physics
