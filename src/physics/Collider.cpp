@@ -100,14 +100,24 @@ void Collider::AssignBodies(const BodyList& bodies) {
         for (const Body::PlacedGeom& placed : body->GetPlacedGeoms()) {
             CODE_ASSERT(placed.geom->GetBody());
             Geom* g = placed.geom.Get();
-            if (Polygon* polygon = dynamic_cast<Polygon*>(g)) {
-                m_polygons.push_back({body.Get(), polygon});
-            } else if (Circle* circle = dynamic_cast<Circle*>(g)) {
-                m_circles.push_back({body.Get(), circle, circle->GetCentre(), circle->GetRadius()});
-            } else if (Plane* plane = dynamic_cast<Plane*>(g)) {
-                m_planes.push_back(plane);
-            } else if (Box* box = dynamic_cast<Box*>(g)) {
-                m_boxes.push_back(box);
+            switch (g->GetCollides()) {
+                case Geom::Collides::AsPolygon:
+                    m_polygons.push_back({body.Get(), static_cast<Polygon*>(g)});
+                    break;
+                case Geom::Collides::AsCircle: {
+                    Circle* circle = static_cast<Circle*>(g);
+                    m_circles.push_back(
+                        {body.Get(), circle, circle->GetCentre(), circle->GetRadius()});
+                    break;
+                }
+                case Geom::Collides::AsPlane:
+                    m_planes.push_back(static_cast<Plane*>(g));
+                    break;
+                case Geom::Collides::AsBox:
+                    m_boxes.push_back(static_cast<Box*>(g));
+                    break;
+                case Geom::Collides::Never:
+                    break;
             }
         }
     }

@@ -44,6 +44,10 @@ public:
     // subclasses update their world data.
     virtual void SetTransform(const Transform& localToWorld);
 
+    // Which of the collider's lists the geom goes in: a cheap stand-in for trying casts.
+    enum class Collides { Never, AsCircle, AsBox, AsPlane, AsPolygon };
+    virtual Collides GetCollides() const { return Collides::Never; }
+
     size_t GetID() const { return m_id; }
     AbstractBody* GetBody() const { return m_body.Get(); }
     const AbstractBodyPtr& GetBodyPtr() const { return m_body; }

@@ -51,6 +51,8 @@ public:
     // corner and in the middle of each side, since collision tests vertices against fields.
     static PolygonPtr CreateBox(math::real x1, math::real y1, math::real x2, math::real y2);
 
+    Collides GetCollides() const override { return Collides::AsPolygon; }
+
     math::real Dist(const math::Vec2& worldPoint) const override {
         const math::Vec2 p = GetInverseTransform().Apply(worldPoint);
         // Beyond the map the tight box stands in: cheap, and never inside the polygon.

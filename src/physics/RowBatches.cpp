@@ -31,12 +31,12 @@ void RowBatches::Clear(uint32_t dummyBody) {
     m_batches.clear();
     m_laneRows.clear();
     m_dummyBody = dummyBody;
-    m_filled = kLanes;
     m_bodyLevel.resize(dummyBody + 1);
     m_bodyStamp.resize(dummyBody + 1, 0);
 }
 
-void RowBatches::Add(const ContactRow* rows, size_t first, size_t count, const SolverBody* bodies) {
+void RowBatches::Add(const ContactRow* rows, const uint32_t* order, size_t count,
+                     const SolverBody* bodies) {
     if (count == 0) {
         return;
     }
@@ -48,7 +48,10 @@ void RowBatches::Add(const ContactRow* rows, size_t first, size_t count, const S
     m_rowLevel.resize(count);
     uint32_t levels = 0;
     for (size_t k = 0; k < count; ++k) {
-        const ContactRow& row = rows[first + k];
+        if (k + kLanes < count) {
+            __builtin_prefetch(&rows[order[k + kLanes]]);
+        }
+        const ContactRow& row = rows[order[k]];
         const uint32_t both[2] = {row.body0, row.body1};
         uint32_t level = 0;
         for (uint32_t b : both) {
@@ -77,31 +80,40 @@ void RowBatches::Add(const ContactRow* rows, size_t first, size_t count, const S
     }
     m_byLevel.resize(count);
     for (size_t k = 0; k < count; ++k) {
-        m_byLevel[m_levelStart[m_rowLevel[k]]++] = static_cast<uint32_t>(first + k);
+        m_byLevel[m_levelStart[m_rowLevel[k]]++] = order[k];
     }
 
-    // The counts have moved each start to the next level's; walk the levels by their ends.
-    uint32_t begin = 0;
-    for (uint32_t l = 0; l < levels; ++l) {
-        const uint32_t end = m_levelStart[l];
-        PadBatch();
-        for (uint32_t i = begin; i < end; ++i) {
-            Append(rows, m_byLevel[i], bodies);
-        }
-        begin = end;
+    // Each level fills whole batches, its last one padded with rows of nothing on the
+    // padding slot. The counts have moved each start to the next level's: walk the levels
+    // by their ends.
+    size_t batch = m_batches.size();
+    size_t batchCount = batch;
+    for (uint32_t l = 0, begin = 0; l < levels; begin = m_levelStart[l++]) {
+        batchCount += (m_levelStart[l] - begin + kLanes - 1) / kLanes;
     }
-    PadBatch();
+    m_batches.resize(batchCount);
+    m_laneRows.resize(batchCount * kLanes);
+    ContactRow padding{};
+    padding.body0 = padding.body1 = m_dummyBody;
+    for (uint32_t l = 0, begin = 0; l < levels; begin = m_levelStart[l++]) {
+        const uint32_t end = m_levelStart[l];
+        for (uint32_t i = begin; i < end; i += kLanes) {
+            for (int lane = 0; lane < kLanes; ++lane) {
+                const uint32_t at = i + static_cast<uint32_t>(lane);
+                // Rows are read out of order here: ask for the ones a little ahead.
+                if (at + kLanes < end) {
+                    __builtin_prefetch(&rows[m_byLevel[at + kLanes]]);
+                }
+                const uint32_t row = at < end ? m_byLevel[at] : kNoRow;
+                Put(m_batches[batch], lane, row == kNoRow ? padding : rows[row], bodies);
+                m_laneRows[batch * kLanes + static_cast<size_t>(lane)] = row;
+            }
+            ++batch;
+        }
+    }
 }
 
-void RowBatches::Append(const ContactRow* rows, uint32_t rowIndex, const SolverBody* bodies) {
-    if (m_filled == kLanes) {
-        m_batches.push_back(RowBatch{});
-        m_laneRows.resize(m_laneRows.size() + kLanes, kNoRow);
-        m_filled = 0;
-    }
-    const ContactRow& row = rows[rowIndex];
-    RowBatch& batch = m_batches.back();
-    const int lane = m_filled++;
+void RowBatches::Put(RowBatch& batch, int lane, const ContactRow& row, const SolverBody* bodies) {
     batch.body0[lane] = row.body0;
     batch.body1[lane] = row.body1;
     batch.nx[lane] = row.n.x;
@@ -119,20 +131,6 @@ void RowBatches::Append(const ContactRow* rows, uint32_t rowIndex, const SolverB
     batch.friction[lane] = row.friction;
     batch.inertiaInv0[lane] = bodies[row.body0].inertiaInv;
     batch.inertiaInv1[lane] = bodies[row.body1].inertiaInv;
-    m_laneRows[(m_batches.size() - 1) * kLanes + lane] = rowIndex;
-}
-
-void RowBatches::PadBatch() {
-    if (m_filled == kLanes) {
-        return;
-    }
-    // All zeros but the bodies: the row asks for nothing and changes nothing.
-    RowBatch& batch = m_batches.back();
-    for (int lane = m_filled; lane < kLanes; ++lane) {
-        batch.body0[lane] = m_dummyBody;
-        batch.body1[lane] = m_dummyBody;
-    }
-    m_filled = kLanes;
 }
 
 void RowBatches::Scatter(ContactRow* rows, const RowChange* laneChanges,

@@ -22,9 +22,9 @@ public:
     // Starts over for a sweep whose padding rows use the body slot dummyBody, which must
     // hold zeros and be used by no row.
     void Clear(uint32_t dummyBody);
-    // Schedules rows [first, first + count) of the list, after everything scheduled before;
-    // the batch count afterwards marks the end of this run.
-    void Add(const ContactRow* rows, size_t first, size_t count, const SolverBody* bodies);
+    // Schedules the rows order[0], ..., order[count - 1], in that order, after everything
+    // scheduled before; the batch count afterwards marks the end of this run.
+    void Add(const ContactRow* rows, const uint32_t* order, size_t count, const SolverBody* bodies);
     size_t BatchCount() const { return m_batches.size(); }
     // The row in each lane, batch by batch, kNoRow for padding.
     const util::VectorPOD<uint32_t>& LaneRows() const { return m_laneRows; }
@@ -32,7 +32,8 @@ public:
     // One pass over batches [first, last). With changes given, each lane's changes are
     // recorded at batch * RowBatch::kLanes + lane.
     void Sweep(size_t first, size_t last, SolverBody* bodies, RowChange* changes);
-    // Hands each row its accumulated impulses, and its last changes if recorded.
+    // Hands each row its accumulated impulses, and its last changes if recorded; rows and
+    // rowChanges are indexed alike.
     void Scatter(ContactRow* rows, const RowChange* laneChanges, RowChange* rowChanges) const;
 
     // Whether the sweep may use eight-lane vectors where the processor has them (it may by
@@ -40,13 +41,11 @@ public:
     static bool AllowWideVectors(bool allowed);
 
 private:
-    void Append(const ContactRow* rows, uint32_t rowIndex, const SolverBody* bodies);
-    void PadBatch();
+    static void Put(RowBatch& batch, int lane, const ContactRow& row, const SolverBody* bodies);
 
     util::VectorPOD<RowBatch> m_batches;
     util::VectorPOD<uint32_t> m_laneRows;  // the row in each lane, or kNoRow
     uint32_t m_dummyBody = 0;
-    int m_filled = RowBatch::kLanes;  // lanes taken in the last batch
 
     // Scheduling scratch, kept to spare the allocations.
     util::VectorPOD<uint32_t> m_bodyLevel;  // a body's next free level, with its stamp

@@ -35,6 +35,8 @@ private:
 class Circle : public Circular {
 public:
     explicit Circle(math::real radius = 1) : Circular(radius) {}
+
+    Collides GetCollides() const override { return Collides::AsCircle; }
 };
 
 // An oriented rectangle, kept in local form and, after each SetTransform, in world form.
@@ -54,6 +56,7 @@ public:
     math::OBB2D GetOBB() const override { return m_worldBox; }
     BoundingCircle GetBoundingCircle() const override;
     void SetTransform(const Transform& localToWorld) override;
+    Collides GetCollides() const override { return Collides::AsBox; }
 
     const math::OBB2D& GetLocalBox() const { return m_localBox; }
     const math::OBB2D& GetWorldBox() const { return m_worldBox; }
@@ -80,6 +83,7 @@ public:
     math::OBB2D GetOBB() const override;
     BoundingCircle GetBoundingCircle() const override;
     void SetTransform(const Transform& localToWorld) override;
+    Collides GetCollides() const override { return Collides::AsPlane; }
 
     // World normal n and offset d: the plane is n . p + d = 0.
     const math::Vec2& GetNormal() const { return m_normal; }

@@ -25,7 +25,7 @@ math::real SortKey(math::real priority) {
 // The sweep order as runs of packed contact rows, each run followed by one constraint of
 // another kind (none after the last run).
 struct Segment {
-    size_t rowEnd;
+    size_t rowEnd;  // in the sweep order
     size_t batchEnd;
     Constraint* other;
 };
@@ -72,9 +72,8 @@ void SortDescending(util::VectorPOD<Keyed>& keyed, util::VectorPOD<Keyed>& scrat
 struct SweepBuffers {
     util::VectorPOD<Keyed> keyed;
     util::VectorPOD<Keyed> keyedScratch;
-    util::VectorPOD<ContactRow> listRows;  // in list order, before the sort
-    util::VectorPOD<Contact*> contacts;
-    util::VectorPOD<ContactRow> rows;
+    util::VectorPOD<ContactRow> listRows;  // in list order
+    util::VectorPOD<uint32_t> order;       // contact rows in sweep order
     util::VectorPOD<RowChange> changes;
     util::VectorPOD<RowChange> laneChanges;
     RowBatches batches;
@@ -172,8 +171,6 @@ void RunSolver(const std::vector<AbstractBody*>& allBodies, ConstraintList& cons
 void GaussSeidelSolver(const ConstraintList& constraints, const SolverSettings& settings) {
     VORRA_PROFILE("GaussSeidelSolver");
     SweepBuffers& buffers = Buffers();
-    util::VectorPOD<Contact*>& contacts = buffers.contacts;
-    util::VectorPOD<ContactRow>& rows = buffers.rows;
     util::VectorPOD<ContactRow>& listRows = buffers.listRows;
     util::VectorPOD<Segment>& segments = buffers.segments;
     util::VectorPOD<Keyed>& keyed = buffers.keyed;
@@ -212,23 +209,23 @@ void GaussSeidelSolver(const ConstraintList& constraints, const SolverSettings& 
         SortDescending(keyed, buffers.keyedScratch);
     }
 
-    contacts.clear();
-    rows.clear();
+    // The sweep order: runs of contact rows, by their list positions, each run followed by
+    // one constraint of another kind.
+    util::VectorPOD<uint32_t>& order = buffers.order;
+    order.clear();
     segments.clear();
     for (const Keyed& k : keyed) {
         Constraint* constraint = constraints[k.item];
         if (constraint->IsContact()) {
-            contacts.push_back(static_cast<Contact*>(constraint));
-            rows.push_back(listRows[k.item]);
+            order.push_back(k.item);
         } else {
-            segments.push_back(Segment{rows.size(), 0, constraint});
+            segments.push_back(Segment{order.size(), 0, constraint});
         }
     }
-    segments.push_back(Segment{rows.size(), 0, nullptr});
-    buffers.changes.resize(rows.size());
+    segments.push_back(Segment{order.size(), 0, nullptr});
 
-    // The rows between two constraints of other kinds are swept four at a time, in batches
-    // whose padding works on a body slot of its own.
+    // The rows of each run are swept a batch at a time, the padding of the batches working
+    // on a body slot of its own.
     RowBatches& batches = buffers.batches;
     {
         VORRA_PROFILE("Batching");
@@ -237,7 +234,8 @@ void GaussSeidelSolver(const ConstraintList& constraints, const SolverSettings& 
         batches.Clear(dummyBody);
         size_t row = 0;
         for (Segment& segment : segments) {
-            batches.Add(rows.begin(), row, segment.rowEnd - row, buffers.bodies.begin());
+            batches.Add(listRows.begin(), order.begin() + row, segment.rowEnd - row,
+                        buffers.bodies.begin());
             segment.batchEnd = batches.BatchCount();
             row = segment.rowEnd;
         }
@@ -245,20 +243,22 @@ void GaussSeidelSolver(const ConstraintList& constraints, const SolverSettings& 
     }
 
     const int passes = settings.solveIter;
-    VORRA_PROFILE("Sweeps");
-    for (int pass = 0; pass < passes; ++pass) {
-        RowChange* changes = pass + 1 == passes ? buffers.laneChanges.begin() : nullptr;
-        size_t batch = 0;
-        for (const Segment& segment : segments) {
-            batches.Sweep(batch, segment.batchEnd, buffers.bodies.begin(), changes);
-            batch = segment.batchEnd;
-            if (Constraint* other = segment.other) {
-                CopyToBody(buffers, other->bodies[0]);
-                CopyToBody(buffers, other->bodies[1]);
-                other->CalcDelta();
-                other->ApplyDelta();
-                CopyFromBody(buffers, other->bodies[0]);
-                CopyFromBody(buffers, other->bodies[1]);
+    {
+        VORRA_PROFILE("Sweeps");
+        for (int pass = 0; pass < passes; ++pass) {
+            RowChange* changes = pass + 1 == passes ? buffers.laneChanges.begin() : nullptr;
+            size_t batch = 0;
+            for (const Segment& segment : segments) {
+                batches.Sweep(batch, segment.batchEnd, buffers.bodies.begin(), changes);
+                batch = segment.batchEnd;
+                if (Constraint* other = segment.other) {
+                    CopyToBody(buffers, other->bodies[0]);
+                    CopyToBody(buffers, other->bodies[1]);
+                    other->CalcDelta();
+                    other->ApplyDelta();
+                    CopyFromBody(buffers, other->bodies[0]);
+                    CopyFromBody(buffers, other->bodies[1]);
+                }
             }
         }
     }
@@ -266,10 +266,14 @@ void GaussSeidelSolver(const ConstraintList& constraints, const SolverSettings& 
     for (size_t i = 0; i < buffers.bodyOwners.size(); ++i) {
         CopyToBody(buffers, buffers.bodyOwners[i]);
     }
-    batches.Scatter(rows.begin(), passes > 0 ? buffers.laneChanges.begin() : nullptr,
+    buffers.changes.resize(constraints.size());
+    batches.Scatter(listRows.begin(), passes > 0 ? buffers.laneChanges.begin() : nullptr,
                     buffers.changes.begin());
-    for (size_t i = 0; i < contacts.size(); ++i) {
-        contacts[i]->FromRow(rows[i], passes > 0 ? &buffers.changes[i] : nullptr);
+    for (size_t i = 0; i < constraints.size(); ++i) {
+        if (constraints[i]->IsContact()) {
+            static_cast<Contact*>(constraints[i])
+                ->FromRow(listRows[i], passes > 0 ? &buffers.changes[i] : nullptr);
+        }
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <random>
 #include <set>
@@ -68,6 +69,14 @@ std::vector<ContactRow> MakeRows(size_t count, size_t bodyCount, std::mt19937& r
     return rows;
 }
 
+std::vector<uint32_t> Positions(size_t count) {
+    std::vector<uint32_t> order(count);
+    for (size_t i = 0; i < count; ++i) {
+        order[i] = static_cast<uint32_t>(i);
+    }
+    return order;
+}
+
 void ExpectSameBits(const void* a, const void* b, size_t bytes, const char* what) {
     EXPECT_EQ(0, std::memcmp(a, b, bytes)) << what << " differ";
 }
@@ -102,9 +111,10 @@ TEST(RowBatches, BatchedSweepsEqualTheSequentialSweepBitForBit) {
 
         RowBatches batches;
         batches.Clear(static_cast<uint32_t>(bodyCount));
-        batches.Add(batchedRows.data(), 0, split, batched.data());
+        const std::vector<uint32_t> order = Positions(rows.size());
+        batches.Add(batchedRows.data(), order.data(), split, batched.data());
         const size_t firstEnd = batches.BatchCount();
-        batches.Add(batchedRows.data(), split, rows.size() - split, batched.data());
+        batches.Add(batchedRows.data(), order.data() + split, rows.size() - split, batched.data());
         const size_t secondEnd = batches.BatchCount();
 
         std::vector<RowChange> changes(rows.size());
@@ -146,7 +156,10 @@ TEST(RowBatches, BatchesShareNoMovingBodyAndKeepEachBodysOrder) {
     const std::vector<ContactRow> rows = MakeRows(200, bodyCount, random);
     RowBatches batches;
     batches.Clear(static_cast<uint32_t>(bodyCount));
-    batches.Add(rows.data(), 0, rows.size(), bodies.data());
+    // Rows taken in the list's order but backwards, as a sort might hand them over.
+    std::vector<uint32_t> order = Positions(rows.size());
+    std::reverse(order.begin(), order.end());
+    batches.Add(rows.data(), order.data(), order.size(), bodies.data());
 
     const auto& laneRows = batches.LaneRows();
     ASSERT_EQ(batches.BatchCount() * RowBatch::kLanes, laneRows.size());
@@ -168,7 +181,7 @@ TEST(RowBatches, BatchesShareNoMovingBodyAndKeepEachBodysOrder) {
                 }
                 EXPECT_TRUE(inBatch.insert(body).second) << "body " << body << " twice in batch";
                 if (seen[body]) {
-                    EXPECT_LT(lastRowOf[body], r) << "body " << body << " out of order";
+                    EXPECT_GT(lastRowOf[body], r) << "body " << body << " out of order";
                 }
                 seen[body] = true;
                 lastRowOf[body] = r;
