@@ -44,10 +44,16 @@ size_t ContactCache::Match(const std::vector<ContactPtr>& contacts) {
             Contact& contact = *contacts[i];
             const Contact* old = nullptr;
             const ptrdiff_t guess = static_cast<ptrdiff_t>(i) + shift;
-            if (m_keysUnique && guess >= 0 && guess < static_cast<ptrdiff_t>(m_held.size()) &&
-                m_held[guess]->SameKey(contact)) {
-                old = m_held[guess].Get();
-            } else {
+            // A contact lost or gained since moves the rest by one.
+            for (ptrdiff_t at : {guess, guess + 1, guess - 1}) {
+                if (m_keysUnique && at >= 0 && at < static_cast<ptrdiff_t>(m_held.size()) &&
+                    m_held[at]->SameKey(contact)) {
+                    old = m_held[at].Get();
+                    shift = at - static_cast<ptrdiff_t>(i);
+                    break;
+                }
+            }
+            if (!old) {
                 const uint32_t slot = FindSlot(contact.GetHash(), contact.GetLowerID(),
                                                contact.GetHigherID(), contact.GetIndex());
                 if (slot != kEmpty) {

@@ -101,7 +101,8 @@ public:
         m_count = 0;
     }
 
-    bool Contains(const Key& key) const { return Locate(key).second != kNotFound; }
+    // An empty table answers without hashing: many tables stay empty for good.
+    bool Contains(const Key& key) const { return m_count != 0 && Locate(key).second != kNotFound; }
 
     iterator find(const Key& key) {
         const auto [bucket, index] = Locate(key);
