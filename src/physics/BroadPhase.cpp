@@ -11,10 +11,11 @@ namespace {
 constexpr int64_t kMaxCellsPerBox = 16;
 
 // floor(v / size), held inside the int range; monotonic in v, which is all that the one
-// reporting cell of a pair relies on.
+// reporting cell of a pair relies on. Truncation and a step down is floor without a call.
 int32_t CellOf(float v, float inverseSize) {
-    const float cell = std::floor(v * inverseSize);
-    return static_cast<int32_t>(std::clamp(cell, -1.0e9f, 1.0e9f));
+    const float t = std::clamp(v * inverseSize, -1.0e9f, 1.0e9f);
+    const int32_t cell = static_cast<int32_t>(t);
+    return cell - (t < static_cast<float>(cell) ? 1 : 0);
 }
 
 uint32_t HashCell(int32_t x, int32_t y) {
@@ -100,7 +101,7 @@ void BroadPhase::Find(uint32_t split, bool across, PairList& pairs) {
         m_isLarge[k] = 0;
         for (int32_t y = y0; y <= y1; ++y) {
             for (int32_t x = x0; x <= x1; ++x) {
-                m_entries.push_back(Entry{x, y, k});
+                m_entries.push_back(Entry{x, y, x0, y0, k});
             }
         }
     }
@@ -135,11 +136,10 @@ void BroadPhase::Find(uint32_t split, bool across, PairList& pairs) {
                 if (f.cellX != e.cellX || f.cellY != e.cellY) {
                     continue;  // another cell with the same hash
                 }
-                // Only the cell of the overlap's lower corner reports the pair.
-                const math::BoundingBox2f& a = m_boxes[e.box];
-                const math::BoundingBox2f& c = m_boxes[f.box];
-                if (CellOf(std::max(a.min.x, c.min.x), inverseSize) == e.cellX &&
-                    CellOf(std::max(a.min.y, c.min.y), inverseSize) == e.cellY) {
+                // Only the cell of the overlap's lower corner reports the pair; the cell of
+                // the greater of two values is the greater of their cells.
+                if (std::max(e.minCellX, f.minCellX) == e.cellX &&
+                    std::max(e.minCellY, f.minCellY) == e.cellY) {
                     Report(e.box, f.box, split, across, pairs);
                 }
             }

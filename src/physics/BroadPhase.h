@@ -30,6 +30,8 @@ private:
     struct Entry {
         int32_t cellX;
         int32_t cellY;
+        int32_t minCellX;  // the cell of the box's lower corner
+        int32_t minCellY;
         uint32_t box;
     };
 

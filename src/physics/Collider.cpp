@@ -154,7 +154,10 @@ void Collider::Collide(std::vector<ContactPtr>& contacts) {
             }
             return;
         }
-        m_pairFinder.Within(bounds, m_pairs);
+        {
+            VORRA_PROFILE("Pairs");
+            m_pairFinder.Within(bounds, m_pairs);
+        }
         for (const auto& [i, j] : m_pairs) {
             test(i, j);
         }
@@ -169,7 +172,10 @@ void Collider::Collide(std::vector<ContactPtr>& contacts) {
             }
             return;
         }
-        m_pairFinder.Across(first, second, m_pairs);
+        {
+            VORRA_PROFILE("Pairs");
+            m_pairFinder.Across(first, second, m_pairs);
+        }
         for (const auto& [i, j] : m_pairs) {
             test(i, j);
         }

@@ -27,7 +27,7 @@ uint32_t ContactCache::FindSlot(size_t hash, size_t lowerID, size_t higherID, si
     return kEmpty;
 }
 
-size_t ContactCache::Match(const std::vector<ContactPtr>& contacts) {
+size_t ContactCache::Match(std::vector<ContactPtr>& contacts) {
     m_matchCount = 0;
     {
         VORRA_PROFILE("Matching cache");
@@ -76,7 +76,7 @@ size_t ContactCache::Match(const std::vector<ContactPtr>& contacts) {
     return m_matchCount;
 }
 
-void ContactCache::Rebuild(const std::vector<ContactPtr>& contacts) {
+void ContactCache::Rebuild(std::vector<ContactPtr>& contacts) {
     const size_t buckets = m_bucketCount;
     const size_t count = contacts.size();
     // Counting sort by bucket: sizes, then starts, then the entries in list order.
@@ -116,8 +116,10 @@ void ContactCache::Rebuild(const std::vector<ContactPtr>& contacts) {
             --distinct;
         }
     }
-    // Assigning releases the contacts of the previous step.
-    m_held = contacts;
+    // Swapped, not copied: no contact's count changes, and clearing the list releases the
+    // contacts of the step before.
+    m_held.swap(contacts);
+    contacts.clear();
     m_entryCount = distinct;
 }
 

@@ -24,8 +24,14 @@ public:
 
     // Matches this step's contacts against the cache, copying impulses and time of first
     // touch from the contacts found, then makes the cache hold exactly these contacts (of
-    // equal keys the later one). Returns the number of matches.
-    size_t Match(const std::vector<ContactPtr>& contacts);
+    // equal keys the later one). Takes the contacts over: the list is left empty with its
+    // capacity, and the contacts of the step before are released. Returns the number of
+    // matches.
+    size_t Match(std::vector<ContactPtr>& contacts);
+    size_t Match(std::vector<ContactPtr>&& contacts) { return Match(contacts); }
+
+    // This step's contacts, as the last Match took them.
+    const std::vector<ContactPtr>& GetContacts() const { return m_held; }
 
     // Empties every bucket and zeroes the counters; the bucket count stays.
     void Clear();
@@ -50,7 +56,7 @@ private:
                        size_t index);
     // The place in m_held of the cached contact of the key, or kEmpty.
     uint32_t FindSlot(size_t hash, size_t lowerID, size_t higherID, size_t index) const;
-    void Rebuild(const std::vector<ContactPtr>& contacts);
+    void Rebuild(std::vector<ContactPtr>& contacts);
 
     size_t m_bucketCount = 3;
     // Entries of bucket b are m_entries[m_bucketStart[b]] up to m_bucketStart[b + 1].

@@ -160,7 +160,6 @@ void Simulation::ReleaseBodies() {
 void Simulation::Clear() {
     ReleaseBodies();
     m_allBodies.clear();
-    m_contacts.clear();
     m_contactCache.Clear();
     m_accumulated = 0;
     m_simulatedTime = 0;
@@ -227,7 +226,7 @@ void Simulation::AppendCounts() {
     m_status += util::LexicalCast<util::String>(bodyCount) + " bodies\n";
     m_status += util::LexicalCast<util::String>(geomCount - 1) + " geometries\n";
     m_status += util::LexicalCast<util::String>(particleCount) + " particles\n";
-    m_status += util::LexicalCast<util::String>(m_contacts.size()) + " contacts\n";
+    m_status += util::LexicalCast<util::String>(GetContacts().size()) + " contacts\n";
     m_status += util::LexicalCast<util::String>(springCount) + " springs\n";
     m_status += util::LexicalCast<util::String>(hingeCount) + " hinges\n";
     m_status += "Running at " + util::LexicalCast<util::String>(1 / timeDelta->Get()) + " Hz\n";
@@ -351,18 +350,17 @@ void Simulation::CalcContacts() {
     VORRA_PROFILE("Sim::CalcContacts");
     // A contact records when it was first made.
     SolverParameters::Current().simulatedTime = m_simulatedTime;
-    m_contacts.clear();
     {
         VORRA_PROFILE("Finding contacts");
         m_collider.AssignBodies(m_bodies);
-        m_collider.Collide(m_contacts);
+        m_collider.Collide(m_foundContacts);
     }
-    m_contactCache.Match(m_contacts);
+    m_contactCache.Match(m_foundContacts);
 }
 
 void Simulation::RunSolver() {
     m_constraints.clear();
-    for (const ContactPtr& contact : m_contacts) {
+    for (const ContactPtr& contact : GetContacts()) {
         m_constraints.push_back(contact.Get());
     }
     physics::RunSolver(m_allBodies, m_constraints, GetSolverSettings());

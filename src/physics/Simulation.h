@@ -45,7 +45,7 @@ public:
     void Clear();
 
     const BodyList& GetBodies() const { return m_bodies; }
-    const std::vector<ContactPtr>& GetContacts() const { return m_contacts; }
+    const std::vector<ContactPtr>& GetContacts() const { return m_contactCache.GetContacts(); }
     const ContactCache& GetContactCache() const { return m_contactCache; }
     const GeomPtr& GetWorldGeom() const { return m_worldGeom; }
     const BodyPtr& GetWorldBody() const { return m_worldBody; }
@@ -117,7 +117,9 @@ private:
     BodyList m_bodies;
     // Bodies of this step as plain pointers, so that inner loops touch no counts.
     std::vector<AbstractBody*> m_allBodies;
-    std::vector<ContactPtr> m_contacts;
+    // The collider fills this list and the cache takes the contacts over, keeping them for
+    // the solve and the next step's matching.
+    std::vector<ContactPtr> m_foundContacts;
     ContactCache m_contactCache;
     Collider m_collider;
     ConstraintList m_constraints;

@@ -74,6 +74,7 @@ struct SweepBuffers {
     util::VectorPOD<Keyed> keyedScratch;
     util::VectorPOD<ContactRow> listRows;  // in list order
     util::VectorPOD<uint32_t> order;       // contact rows in sweep order
+    util::VectorPOD<uint8_t> isContact;    // in list order
     util::VectorPOD<RowChange> changes;
     util::VectorPOD<RowChange> laneChanges;
     RowBatches batches;
@@ -135,18 +136,18 @@ void RunSolver(const std::vector<AbstractBody*>& allBodies, ConstraintList& cons
             body->angularChange = 0;
         }
     }
-    {
-        VORRA_PROFILE("SolveInit");
-        size_t i = 0;
-        while (i < constraints.size()) {
-            if (constraints[i]->SolveInit()) {
-                ++i;
-            } else {
-                constraints.erase_unordered(i);
+    if (settings.prioritizedSolver) {
+        {
+            VORRA_PROFILE("SolveInit");
+            size_t i = 0;
+            while (i < constraints.size()) {
+                if (constraints[i]->SolveInit()) {
+                    ++i;
+                } else {
+                    constraints.erase_unordered(i);
+                }
             }
         }
-    }
-    if (settings.prioritizedSolver) {
         PrioritizedSolver(allBodies, constraints, settings);
     } else {
         GaussSeidelSolver(constraints, settings);
@@ -168,7 +169,7 @@ void RunSolver(const std::vector<AbstractBody*>& allBodies, ConstraintList& cons
     }
 }
 
-void GaussSeidelSolver(const ConstraintList& constraints, const SolverSettings& settings) {
+void GaussSeidelSolver(ConstraintList& constraints, const SolverSettings& settings) {
     VORRA_PROFILE("GaussSeidelSolver");
     SweepBuffers& buffers = Buffers();
     util::VectorPOD<ContactRow>& listRows = buffers.listRows;
@@ -184,23 +185,47 @@ void GaussSeidelSolver(const ConstraintList& constraints, const SolverSettings& 
     // Contacts, nearly all of the rows, are swept as packed copies: contiguous, without
     // calls, their bodies in a small array of their own. Other kinds keep their place in
     // the order and run through their own operations on the bodies' records, which are
-    // brought up to date around each call. Each constraint's row is made in list order,
-    // with a priority if the list is to be sorted.
+    // brought up to date around each call. One pass over the list prepares each constraint,
+    // dropping it as RunSolver does for the other schedule (the last one moves into the
+    // gap), and makes its row.
     listRows.resize(constraints.size());
+    util::VectorPOD<uint8_t>& isContact = buffers.isContact;
+    isContact.resize(constraints.size());
+    {
+        VORRA_PROFILE("SolveInit");
+        size_t i = 0;
+        while (i < constraints.size()) {
+            Constraint* constraint = constraints[i];
+            if (!constraint->SolveInit()) {
+                constraints.erase_unordered(i);
+                continue;
+            }
+            const uint32_t body0 = SolverIndex(buffers, constraint->bodies[0]);
+            const uint32_t body1 = SolverIndex(buffers, constraint->bodies[1]);
+            isContact[i] = constraint->IsContact();
+            if (isContact[i]) {
+                static_cast<Contact*>(constraint)->ToRow(listRows[i], body0, body1);
+            }
+            ++i;
+        }
+    }
+    // The warm starts are all applied now: the bodies' records start from there.
+    for (AbstractBody* owner : buffers.bodyOwners) {
+        CopyFromBody(buffers, owner);
+    }
+
+    // With the list to be sorted, each constraint's priority from the first change it
+    // asks for.
     keyed.clear();
     for (size_t i = 0; i < constraints.size(); ++i) {
-        Constraint* constraint = constraints[i];
-        const uint32_t body0 = SolverIndex(buffers, constraint->bodies[0]);
-        const uint32_t body1 = SolverIndex(buffers, constraint->bodies[1]);
         math::real priority = 0;
-        if (constraint->IsContact()) {
-            static_cast<Contact*>(constraint)->ToRow(listRows[i], body0, body1);
-            if (settings.solvePreSortConstraints) {
+        if (settings.solvePreSortConstraints) {
+            if (isContact[i]) {
                 priority = Contact::RowPriority(listRows[i], buffers.bodies.begin());
+            } else {
+                constraints[i]->CalcDelta();
+                priority = constraints[i]->priority;
             }
-        } else if (settings.solvePreSortConstraints) {
-            constraint->CalcDelta();
-            priority = constraint->priority;
         }
         keyed.push_back(Keyed{PriorityKey(priority), static_cast<uint32_t>(i)});
     }
@@ -215,11 +240,10 @@ void GaussSeidelSolver(const ConstraintList& constraints, const SolverSettings& 
     order.clear();
     segments.clear();
     for (const Keyed& k : keyed) {
-        Constraint* constraint = constraints[k.item];
-        if (constraint->IsContact()) {
+        if (isContact[k.item]) {
             order.push_back(k.item);
         } else {
-            segments.push_back(Segment{order.size(), 0, constraint});
+            segments.push_back(Segment{order.size(), 0, constraints[k.item]});
         }
     }
     segments.push_back(Segment{order.size(), 0, nullptr});
@@ -270,7 +294,7 @@ void GaussSeidelSolver(const ConstraintList& constraints, const SolverSettings& 
     batches.Scatter(listRows.begin(), passes > 0 ? buffers.laneChanges.begin() : nullptr,
                     buffers.changes.begin());
     for (size_t i = 0; i < constraints.size(); ++i) {
-        if (constraints[i]->IsContact()) {
+        if (isContact[i]) {
             static_cast<Contact*>(constraints[i])
                 ->FromRow(listRows[i], passes > 0 ? &buffers.changes[i] : nullptr);
         }

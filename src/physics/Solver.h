@@ -14,9 +14,10 @@ namespace physics {
 void RunSolver(const std::vector<AbstractBody*>& allBodies, ConstraintList& constraints,
                const SolverSettings& settings);
 
-// Projected Gauss-Seidel sweeps in list order, or by descending first change if
-// solvePreSortConstraints. The list itself is left in its order.
-void GaussSeidelSolver(const ConstraintList& constraints, const SolverSettings& settings);
+// Prepares the constraints as RunSolver describes, then projected Gauss-Seidel sweeps in
+// list order, or by descending first change if solvePreSortConstraints. The list is left
+// in its order but for the dropped constraints.
+void GaussSeidelSolver(ConstraintList& constraints, const SolverSettings& settings);
 
 // Always applies the greatest pending change next, then recomputes the changes of the
 // constraints that share a body with it. The queue holds one constraint per priority
