@@ -6,6 +6,8 @@
 //   vorra-bench --list          names the scenes
 //   vorra-bench [SCENE]...      runs some (all without arguments)
 //   --detail                    also prints the profiler's tree of a step
+//   --narrow                    sweeps contacts with four-lane vectors even where the
+//                               processor has eight, as older processors would
 
 #include <algorithm>
 #include <chrono>
@@ -21,6 +23,7 @@
 #include "physics/Collider.h"
 #include "physics/Contact.h"
 #include "physics/Polygon.h"
+#include "physics/RowBatches.h"
 #include "physics/Shapes.h"
 #include "physics/Simulation.h"
 #include "util/Profiler.h"
@@ -305,6 +308,10 @@ int main(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--detail") == 0) {
             g_detail = true;
+            continue;
+        }
+        if (std::strcmp(argv[i], "--narrow") == 0) {
+            physics::RowBatches::AllowWideVectors(false);
             continue;
         }
         const auto found = std::find_if(scenes.begin(), scenes.end(),
