@@ -33,6 +33,11 @@ public:
     math::real SolverMassInv() const { return m_static ? 0 : m_massInv; }
     math::real SolverInertiaInv() const { return m_static ? 0 : m_inertiaInv; }
 
+    // In the simulation's body list: kept by the simulation, so that links can ask cheaply
+    // whether their bodies still take part.
+    bool IsInWorld() const { return m_inWorld; }
+    void SetInWorld(bool inWorld) { m_inWorld = inWorld; }
+
     // The next ID to be drawn, for tests of the running counter.
     static size_t PeekNextID();
 
@@ -57,6 +62,7 @@ protected:
     math::real m_mass;
     math::real m_massInv = 0;
     math::real m_area = 0;
+    bool m_inWorld = false;
 
 public:
     math::real GetInertia() const { return m_inertia; }

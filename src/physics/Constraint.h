@@ -43,6 +43,24 @@ public:
         b1.angularChange += i1 * math::Cross(r2, j);
     }
 
+    // Velocity of the body's material at a world point; a missing body stands still.
+    static math::Vec2 VelocityAt(const AbstractBody* body, const math::Vec2& point) {
+        return body ? body->velocity + math::Cross(body->angularVelocity, point - body->position)
+                    : math::Vec2(0, 0);
+    }
+    // Acceleration from the accumulated force and torque, at offset r.
+    static math::Vec2 AccelerationAt(const AbstractBody& body, const math::Vec2& r) {
+        return body.force * body.SolverMassInv() +
+               math::Cross(body.torque * body.SolverInertiaInv(), r);
+    }
+    // Velocity change of body 1 at r2 against that of body 0 at r1, in this solve.
+    math::Vec2 RelativeVelocityChange() const {
+        const AbstractBody& b0 = *bodies[0];
+        const AbstractBody& b1 = *bodies[1];
+        return (b1.velocityChange + math::Cross(b1.angularChange, r2)) -
+               (b0.velocityChange + math::Cross(b0.angularChange, r1));
+    }
+
     // Contacts are swept as packed rows; a plain flag, as it is asked of every constraint
     // of every solve.
     bool IsContact() const { return m_isContact; }

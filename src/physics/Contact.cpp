@@ -23,20 +23,6 @@ math::real InertiaInv(const AbstractBody* body) {
     return body ? body->SolverInertiaInv() : 0;
 }
 
-// Velocity of the body's material at a world point; a missing body stands still.
-math::Vec2 VelocityAt(const AbstractBody* body, const math::Vec2& point) {
-    if (!body) {
-        return {0, 0};
-    }
-    return body->velocity + math::Cross(body->angularVelocity, point - body->position);
-}
-
-// Acceleration from the accumulated force and torque, at offset r.
-math::Vec2 AccelerationAt(const AbstractBody& body, const math::Vec2& r) {
-    return body.force * body.SolverMassInv() +
-           math::Cross(body.torque * body.SolverInertiaInv(), r);
-}
-
 // The clamped impulse changes wanted, normal and tangent.
 void Delta(const math::Vec2& dv, const math::Vec2& n, const math::Vec2& t, math::real massN,
            math::real massT, math::real targetN, math::real targetT, math::real accN,
@@ -180,10 +166,7 @@ bool Contact::SolveInit() {
 }
 
 void Contact::CalcDelta() {
-    const AbstractBody& b0 = *bodies[0];
-    const AbstractBody& b1 = *bodies[1];
-    const math::Vec2 dv = (b1.velocityChange + math::Cross(b1.angularChange, r2)) -
-                          (b0.velocityChange + math::Cross(b0.angularChange, r1));
+    const math::Vec2 dv = RelativeVelocityChange();
     Delta(dv, m_n, m_t, m_effMassN, m_effMassT, m_targetN, m_targetT, m_accN, m_accT, m_friction,
           m_deltaN, m_deltaT);
     priority = m_deltaN * m_deltaN + m_deltaT * m_deltaT;

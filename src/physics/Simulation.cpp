@@ -8,6 +8,8 @@
 #include "math/MathUtil.h"
 #include "physics/Body.h"
 #include "physics/Contact.h"
+#include "physics/Hinge.h"
+#include "physics/Joint.h"
 #include "physics/MaterialDefaults.h"
 #include "physics/Shapes.h"
 #include "physics/Solver.h"
@@ -32,6 +34,7 @@ Simulation::Simulation() : script::Reflected("Sim") {
 }
 
 Simulation::~Simulation() {
+    ReleaseLinks();
     ReleaseBodies();
     // The world body keeps its geom for good; cut the geom's back reference instead.
     m_worldGeom->SetBody(nullptr);
@@ -122,6 +125,7 @@ void Simulation::AddBody(BodyPtr body) {
         return;
     }
     body->UpdateTransforms();
+    body->SetInWorld(true);
     m_bodies.push_back(std::move(body));
 }
 
@@ -143,8 +147,77 @@ bool Simulation::RemoveBody(const BodyPtr& body) {
     // Held for the call: the list's reference may be the last one.
     const BodyPtr keep = body;
     keep->SetGeoms(GeomSet());
+    keep->SetInWorld(false);
     m_bodies.erase(found);
     return true;
+}
+
+namespace {
+
+// Joints and hinges come and go alike; only what they do on the way in and out differs.
+template <class Set, class Ptr, class Attach>
+void AddLink(Set& set, Ptr link, Attach attach) {
+    if (!link || set.count(link)) {
+        return;
+    }
+    attach(*link);
+    set.insert(std::move(link));
+}
+
+template <class Set, class Ptr, class Detach>
+size_t RemoveLink(Set& set, const Ptr& link, Detach detach) {
+    const auto found = set.find(link);
+    if (found == set.end()) {
+        return 0;
+    }
+    // Held for the call: the set's reference may be the last one.
+    const Ptr keep = link;
+    detach(*keep);
+    set.erase(found);
+    return 1;
+}
+
+// Gathers first, since removing from a set while walking it would lose the walk.
+template <class Set, class Ptr, class Remove>
+void RemoveInvalidLinks(const Set& set, std::vector<Ptr>& removals, Remove remove) {
+    for (const Ptr& link : set) {
+        if (!link->IsValid()) {
+            removals.push_back(link);
+        }
+    }
+    for (const Ptr& link : removals) {
+        remove(link);
+    }
+    removals.clear();
+}
+
+}  // namespace
+
+void Simulation::AddJoint(JointPtr joint) {
+    CODE_ASSERT(joint);
+    AddLink(m_joints, std::move(joint), [](Joint& j) { j.OnAdd(); });
+}
+
+size_t Simulation::RemoveJoint(const JointPtr& joint) {
+    return RemoveLink(m_joints, joint, [](Joint& j) { j.OnRemove(); });
+}
+
+void Simulation::AddConstraint(HingePtr hinge) {
+    CODE_ASSERT(hinge);
+    AddLink(m_hinges, std::move(hinge), [](Hinge& h) { h.RegisterNoCollide(); });
+}
+
+size_t Simulation::RemoveConstraint(const HingePtr& hinge) {
+    return RemoveLink(m_hinges, hinge, [](Hinge& h) { h.UnregisterNoCollide(); });
+}
+
+void Simulation::ReleaseLinks() {
+    while (!m_joints.empty()) {
+        RemoveJoint(*m_joints.begin());
+    }
+    while (!m_hinges.empty()) {
+        RemoveConstraint(*m_hinges.begin());
+    }
 }
 
 void Simulation::ReleaseBodies() {
@@ -153,11 +226,13 @@ void Simulation::ReleaseBodies() {
         if (body != m_worldBody) {
             body->SetGeoms(GeomSet());
         }
+        body->SetInWorld(false);
     }
     m_bodies.clear();
 }
 
 void Simulation::Clear() {
+    ReleaseLinks();
     ReleaseBodies();
     m_allBodies.clear();
     m_contactCache.Clear();
@@ -165,6 +240,7 @@ void Simulation::Clear() {
     m_simulatedTime = 0;
     m_realtimeFraction = 0;
     m_worldBody->SetGeom(m_worldGeom);
+    m_worldBody->SetInWorld(true);
     m_bodies.push_back(m_worldBody);
 }
 
@@ -221,8 +297,8 @@ void Simulation::AppendCounts() {
         --bodyCount;
     }
     const size_t particleCount = 0;  // the fluid's particles join with the fluid
-    const size_t springCount = 0;    // and springs and hinges with the links
-    const size_t hingeCount = 0;
+    const size_t springCount = m_joints.size();
+    const size_t hingeCount = m_hinges.size();
     m_status += util::LexicalCast<util::String>(bodyCount) + " bodies\n";
     m_status += util::LexicalCast<util::String>(geomCount - 1) + " geometries\n";
     m_status += util::LexicalCast<util::String>(particleCount) + " particles\n";
@@ -283,6 +359,10 @@ void Simulation::RemoveBadObjects() {
         RemoveBody(body);
     }
     m_removals.clear();
+    // After the bodies, so that links that lost one go in the same pass.
+    RemoveInvalidLinks(m_joints, m_jointRemovals, [this](const JointPtr& j) { RemoveJoint(j); });
+    RemoveInvalidLinks(m_hinges, m_hingeRemovals,
+                       [this](const HingePtr& h) { RemoveConstraint(h); });
 }
 
 void Simulation::CalcForces() {
@@ -296,53 +376,60 @@ void Simulation::CalcForces() {
     const bool air = airSwitch->Get();
     const bool drag = lin != 0 || quad != 0 || rot != 0;
 
-    VORRA_PROFILE("Body forces");
-    for (const BodyPtr& bodyPtr : m_bodies) {
-        Body& body = *bodyPtr;
-        if (body.IsImmovable()) {
-            continue;
-        }
-        const float mass = body.GetMass();
-        body.force += mass * g;
-        if (!air) {
-            continue;
-        }
-        const float speed = body.velocity.Length();
-        const Vec2 across =
-            speed == 0 ? Vec2(0, 0) : Vec2(body.velocity.y, -body.velocity.x) / speed;
-        float widthSum = 0;
-        Vec2 pressureCentreSum(0, 0);
-        Vec2 centroidSum(0, 0);
-        float airFactorSum = 0;
-        for (const Body::PlacedGeom& placed : body.GetPlacedGeoms()) {
-            const Geom& geom = *placed.geom;
-            const math::OBB2D box = geom.GetOBB();
-            const float width = 2 * (std::fabs(Dot(across, box.axis2)) * box.halfExtents.y +
-                                     std::fabs(Dot(across, box.axis1)) * box.halfExtents.x);
-            const float area = geom.Area();
-            widthSum += width;
-            pressureCentreSum += box.centre * width;
-            centroidSum += geom.GetPosition() * area;
-            airFactorSum += geom.airFrictionMult * area;
-        }
-        const float totalArea = body.GetArea();
-        const float average = airFactorSum / totalArea;
-        if (drag && !math::NearZero(speed) && widthSum > 0) {
-            const float c = std::min(average * widthSum * (lin + quad * speed), invDt * mass);
-            const Vec2 dragForce = -c * body.velocity;
-            body.force += dragForce;
-            const Vec2 pressureCentre = pressureCentreSum / widthSum;
-            body.torque += Cross(pressureCentre - body.position, dragForce);
+    {
+        VORRA_PROFILE("Body forces");
+        for (const BodyPtr& bodyPtr : m_bodies) {
+            Body& body = *bodyPtr;
+            if (body.IsImmovable()) {
+                continue;
+            }
+            const float mass = body.GetMass();
+            body.force += mass * g;
+            if (!air) {
+                continue;
+            }
+            const float speed = body.velocity.Length();
+            const Vec2 across =
+                speed == 0 ? Vec2(0, 0) : Vec2(body.velocity.y, -body.velocity.x) / speed;
+            float widthSum = 0;
+            Vec2 pressureCentreSum(0, 0);
+            Vec2 centroidSum(0, 0);
+            float airFactorSum = 0;
+            for (const Body::PlacedGeom& placed : body.GetPlacedGeoms()) {
+                const Geom& geom = *placed.geom;
+                const math::OBB2D box = geom.GetOBB();
+                const float width = 2 * (std::fabs(Dot(across, box.axis2)) * box.halfExtents.y +
+                                         std::fabs(Dot(across, box.axis1)) * box.halfExtents.x);
+                const float area = geom.Area();
+                widthSum += width;
+                pressureCentreSum += box.centre * width;
+                centroidSum += geom.GetPosition() * area;
+                airFactorSum += geom.airFrictionMult * area;
+            }
+            const float totalArea = body.GetArea();
+            const float average = airFactorSum / totalArea;
+            if (drag && !math::NearZero(speed) && widthSum > 0) {
+                const float c = std::min(average * widthSum * (lin + quad * speed), invDt * mass);
+                const Vec2 dragForce = -c * body.velocity;
+                body.force += dragForce;
+                const Vec2 pressureCentre = pressureCentreSum / widthSum;
+                body.torque += Cross(pressureCentre - body.position, dragForce);
 
-            const float spin = std::fabs(body.angularVelocity);
-            const float t = std::min(mass * rot * spin * average, body.GetInertia() * spin * invDt);
-            body.torque -= std::copysign(t, body.angularVelocity);
+                const float spin = std::fabs(body.angularVelocity);
+                const float t =
+                    std::min(mass * rot * spin * average, body.GetInertia() * spin * invDt);
+                body.torque -= std::copysign(t, body.angularVelocity);
+            }
+            if (rho != 0) {
+                const Vec2 buoyancy = -(rho * totalArea) * g;
+                body.force += buoyancy;
+                body.torque += Cross(centroidSum / totalArea - body.position, buoyancy);
+            }
         }
-        if (rho != 0) {
-            const Vec2 buoyancy = -(rho * totalArea) * g;
-            body.force += buoyancy;
-            body.torque += Cross(centroidSum / totalArea - body.position, buoyancy);
-        }
+    }
+    // Springs after the bodies' own forces, in the order they were made.
+    for (const JointPtr& joint : m_joints) {
+        joint->ApplyForce();
     }
 }
 
@@ -360,6 +447,9 @@ void Simulation::CalcContacts() {
 
 void Simulation::RunSolver() {
     m_constraints.clear();
+    for (const HingePtr& hinge : m_hinges) {
+        m_constraints.push_back(hinge.Get());
+    }
     for (const ContactPtr& contact : GetContacts()) {
         m_constraints.push_back(contact.Get());
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <set>
 #include <vector>
 
 #include "math/Vector2.h"
@@ -15,6 +16,16 @@
 #include "util/String.h"
 
 namespace physics {
+
+// Links are walked in the order they were made, the same in every run.
+struct BySerial {
+    template <class Ptr>
+    bool operator()(const Ptr& a, const Ptr& b) const {
+        return a->GetSerial() < b->GetSerial();
+    }
+};
+using JointSet = std::set<JointPtr, BySerial>;
+using HingeSet = std::set<HingePtr, BySerial>;
 
 // The world: owns the bodies and the contacts of the current step, holds every tunable of
 // the physics as a script attribute, and advances time in fixed steps. In the language it
@@ -41,10 +52,20 @@ public:
     // Takes the body's geoms from it (which breaks the body-geom cycle) and drops it,
     // keeping the order of the rest. The world body stays. Returns whether it was listed.
     bool RemoveBody(const BodyPtr& body);
-    // Back to the world body alone, at time 0. Attributes keep their values.
+    // Takes the joint in (once) and calls its OnAdd; RemoveJoint calls OnRemove and
+    // returns the number taken out.
+    void AddJoint(JointPtr joint);
+    size_t RemoveJoint(const JointPtr& joint);
+    // Takes the hinge in (once) and keeps its geoms from colliding with each other;
+    // RemoveConstraint lets them collide again and returns the number taken out.
+    void AddConstraint(HingePtr hinge);
+    size_t RemoveConstraint(const HingePtr& hinge);
+    // Back to the world body alone, with no links, at time 0. Attributes keep their values.
     void Clear();
 
     const BodyList& GetBodies() const { return m_bodies; }
+    const JointSet& GetJoints() const { return m_joints; }
+    const HingeSet& GetHinges() const { return m_hinges; }
     const std::vector<ContactPtr>& GetContacts() const { return m_contactCache.GetContacts(); }
     const ContactCache& GetContactCache() const { return m_contactCache; }
     const GeomPtr& GetWorldGeom() const { return m_worldGeom; }
@@ -102,6 +123,7 @@ private:
     void RegisterAttributes();
     void SyncMaterialDefaults();
 
+    void ReleaseLinks();
     void ReleaseBodies();
     void RemoveBadObjects();
     void RebuildAllBodies();
@@ -115,6 +137,8 @@ private:
     GeomPtr m_worldGeom;
     BodyPtr m_worldBody;
     BodyList m_bodies;
+    JointSet m_joints;
+    HingeSet m_hinges;
     // Bodies of this step as plain pointers, so that inner loops touch no counts.
     std::vector<AbstractBody*> m_allBodies;
     // The collider fills this list and the cache takes the contacts over, keeping them for
@@ -124,6 +148,8 @@ private:
     Collider m_collider;
     ConstraintList m_constraints;
     BodyList m_removals;
+    std::vector<JointPtr> m_jointRemovals;
+    std::vector<HingePtr> m_hingeRemovals;
 
     double m_accumulated = 0;
     float m_maxUpdateSeconds = 0.05f;
