@@ -44,13 +44,15 @@ size_t ContactCache::Match(std::vector<ContactPtr>& contacts) {
             Contact& contact = *contacts[i];
             const Contact* old = nullptr;
             const ptrdiff_t guess = static_cast<ptrdiff_t>(i) + shift;
-            // A contact lost or gained since moves the rest by one.
-            for (ptrdiff_t at : {guess, guess + 1, guess - 1}) {
-                if (m_keysUnique && at >= 0 && at < static_cast<ptrdiff_t>(m_held.size()) &&
+            // A contact lost or gained since moves the rest by one. With repeated keys a
+            // position may hold a contact that the table would not give: no guessing then.
+            const ptrdiff_t tries = m_keysUnique ? 3 : 0;
+            for (ptrdiff_t t = 0; t < tries && !old; ++t) {
+                const ptrdiff_t at = guess + (t == 2 ? -1 : t);
+                if (at >= 0 && at < static_cast<ptrdiff_t>(m_held.size()) &&
                     m_held[at]->SameKey(contact)) {
                     old = m_held[at].Get();
                     shift = at - static_cast<ptrdiff_t>(i);
-                    break;
                 }
             }
             if (!old) {

@@ -16,11 +16,6 @@ Body* OwnerBody(const Geom& geom) {
     return dynamic_cast<Body*>(geom.GetBody());
 }
 
-// The body takes forces: not static and of finite mass.
-bool TakesForce(const Body& body) {
-    return !body.IsStatic() && body.SolverMassInv() != 0;
-}
-
 }  // namespace
 
 Joint::Joint(GeomPtr a, GeomPtr b, const math::Vec2& localAnchorA, const math::Vec2& localAnchorB)
@@ -88,11 +83,11 @@ void SpringJoint::ApplyForce() {
     const math::real f =
         math::Dot(v1 - v0, direction) * law.damping + (length - m_restLength) * law.stiffness;
     const math::Vec2 force = direction * f;
-    if (TakesForce(*body0)) {
+    if (!body0->IsImmovable()) {
         body0->force += force;
         body0->torque += math::Cross(law.anchor0 - body0->position, force);
     }
-    if (TakesForce(*body1)) {
+    if (!body1->IsImmovable()) {
         body1->force -= force;
         body1->torque += math::Cross(law.anchor1 - body1->position, -force);
     }

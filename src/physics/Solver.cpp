@@ -89,7 +89,8 @@ SweepBuffers& Buffers() {
     return buffers;
 }
 
-// The body's place in the sweep's array, made on first sight in this solve. A constraint
+// The body's place in the sweep's array, made on first sight in this solve, with its
+// inverse values; the velocity changes are taken once all warm starts are in. A constraint
 // of another kind may lack a body; it gets a slot that nothing reads.
 uint32_t SolverIndex(SweepBuffers& buffers, AbstractBody* body) {
     if (!body) {
@@ -98,8 +99,8 @@ uint32_t SolverIndex(SweepBuffers& buffers, AbstractBody* body) {
     if (body->solveStamp != buffers.stamp) {
         body->solveStamp = buffers.stamp;
         body->solveIndex = static_cast<uint32_t>(buffers.bodies.size());
-        buffers.bodies.push_back(SolverBody{body->velocityChange, body->angularChange,
-                                            body->SolverMassInv(), body->SolverInertiaInv()});
+        buffers.bodies.push_back(
+            SolverBody{{0, 0}, 0, body->SolverMassInv(), body->SolverInertiaInv()});
         buffers.bodyOwners.push_back(body);
     }
     return body->solveIndex;
@@ -123,6 +124,22 @@ void CopyFromBody(SweepBuffers& buffers, const AbstractBody* body) {
     solverBody.angularChange = body->angularChange;
 }
 
+// Prepares each constraint in list order, dropping those whose SolveInit says no by moving
+// the last one into the gap; onKept(i) follows each one kept at place i.
+template <class OnKept>
+void PrepareConstraints(ConstraintList& constraints, OnKept onKept) {
+    VORRA_PROFILE("SolveInit");
+    size_t i = 0;
+    while (i < constraints.size()) {
+        if (!constraints[i]->SolveInit()) {
+            constraints.erase_unordered(i);
+            continue;
+        }
+        onKept(i);
+        ++i;
+    }
+}
+
 }  // namespace
 
 void RunSolver(const std::vector<AbstractBody*>& allBodies, ConstraintList& constraints,
@@ -137,17 +154,7 @@ void RunSolver(const std::vector<AbstractBody*>& allBodies, ConstraintList& cons
         }
     }
     if (settings.prioritizedSolver) {
-        {
-            VORRA_PROFILE("SolveInit");
-            size_t i = 0;
-            while (i < constraints.size()) {
-                if (constraints[i]->SolveInit()) {
-                    ++i;
-                } else {
-                    constraints.erase_unordered(i);
-                }
-            }
-        }
+        PrepareConstraints(constraints, [](size_t) {});
         PrioritizedSolver(allBodies, constraints, settings);
     } else {
         GaussSeidelSolver(constraints, settings);
@@ -185,30 +192,20 @@ void GaussSeidelSolver(ConstraintList& constraints, const SolverSettings& settin
     // Contacts, nearly all of the rows, are swept as packed copies: contiguous, without
     // calls, their bodies in a small array of their own. Other kinds keep their place in
     // the order and run through their own operations on the bodies' records, which are
-    // brought up to date around each call. One pass over the list prepares each constraint,
-    // dropping it as RunSolver does for the other schedule (the last one moves into the
-    // gap), and makes its row.
+    // brought up to date around each call. One pass over the list prepares each constraint
+    // and makes its row.
     listRows.resize(constraints.size());
     util::VectorPOD<uint8_t>& isContact = buffers.isContact;
     isContact.resize(constraints.size());
-    {
-        VORRA_PROFILE("SolveInit");
-        size_t i = 0;
-        while (i < constraints.size()) {
-            Constraint* constraint = constraints[i];
-            if (!constraint->SolveInit()) {
-                constraints.erase_unordered(i);
-                continue;
-            }
-            const uint32_t body0 = SolverIndex(buffers, constraint->bodies[0]);
-            const uint32_t body1 = SolverIndex(buffers, constraint->bodies[1]);
-            isContact[i] = constraint->IsContact();
-            if (isContact[i]) {
-                static_cast<Contact*>(constraint)->ToRow(listRows[i], body0, body1);
-            }
-            ++i;
+    PrepareConstraints(constraints, [&](size_t i) {
+        Constraint* constraint = constraints[i];
+        const uint32_t body0 = SolverIndex(buffers, constraint->bodies[0]);
+        const uint32_t body1 = SolverIndex(buffers, constraint->bodies[1]);
+        isContact[i] = constraint->IsContact();
+        if (isContact[i]) {
+            static_cast<Contact*>(constraint)->ToRow(listRows[i], body0, body1);
         }
-    }
+    });
     // The warm starts are all applied now: the bodies' records start from there.
     for (AbstractBody* owner : buffers.bodyOwners) {
         CopyFromBody(buffers, owner);
