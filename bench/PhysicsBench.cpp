@@ -22,8 +22,12 @@
 #include "physics/Body.h"
 #include "physics/Collider.h"
 #include "physics/Contact.h"
+#include "physics/Hinge.h"
+#include "physics/Joint.h"
+#include "physics/Particle.h"
 #include "physics/Polygon.h"
 #include "physics/RowBatches.h"
+#include "physics/SPH.h"
 #include "physics/Shapes.h"
 #include "physics/Simulation.h"
 #include "util/Profiler.h"
@@ -179,8 +183,127 @@ Scene Polygons() {
                  [](const std::vector<BodyPtr>& bodies) { return SettledFields(bodies); }};
 }
 
+// A column of water, a quarter of the box wide, let go at the box's left wall. Particles
+// start a little closer than the kernel radius, every other row shifted by a millimetre:
+// on an exact square grid at the kernel radius, columns would not see each other. The
+// check tells how far the front has run and how much water is left.
+Scene DamBreak(int particles) {
+    const int columns = static_cast<int>(std::lround(std::sqrt(particles / 2.0)));
+    const int rows = particles / columns;
+    const float step = 0.09f;
+    const float halfWidth = columns * step * 2;
+    return Scene{
+        "dambreak" + std::to_string(columns * rows),
+        "a dam break: " + std::to_string(columns * rows) + " water particles, " +
+            std::to_string(columns) + " wide, let go in a box of planes",
+        [=](std::vector<BodyPtr>&) {
+            AddOpenBox(halfWidth);
+            Simulation& sim = Simulation::Get();
+            for (int y = 0; y < rows; ++y) {
+                for (int x = 0; x < columns; ++x) {
+                    const Vec2 at(-halfWidth + step * (x + 0.5f) + 0.001f * (y % 2),
+                                  step * (y + 0.5f));
+                    sim.AddParticle(physics::ParticlePtr(new physics::Particle(at, {0, 0})));
+                }
+            }
+        },
+        100,
+        300,
+        [=](const std::vector<BodyPtr>&) {
+            float front = -halfWidth;
+            for (const physics::ParticlePtr& p : Simulation::Get().GetParticles()) {
+                front = std::max(front, p->position.x);
+            }
+            return Field("front_x", front) + Field("box_right_x", halfWidth) + " water_kept=" +
+                   (Simulation::Get().GetParticles().size() == static_cast<size_t>(columns * rows)
+                        ? "all"
+                        : "lost");
+        }};
+}
+
+// Circle links of radius 0.1 side by side, each pinned to the next where they touch, the
+// first pinned to the ground: let go level, the chain swings down.
+Scene Chain(int links) {
+    return Scene{
+        "chain" + std::to_string(links),
+        "a chain of " + std::to_string(links) +
+            " circle links on hinges, hung from the ground and let go level",
+        [=](std::vector<BodyPtr>& bodies) {
+            Simulation& sim = Simulation::Get();
+            const float r = 0.1f;
+            physics::GeomPtr previous = sim.GetWorldGeom();
+            for (int i = 0; i < links; ++i) {
+                bodies.push_back(AddGeom(new physics::Circle(r), {r + 2 * r * i, 0}));
+                const physics::GeomPtr link = bodies.back()->GetPlacedGeoms()[0].geom;
+                sim.AddConstraint(
+                    physics::HingePtr(new physics::Hinge(previous, link, Vec2(2 * r * i, 0))));
+                previous = link;
+            }
+        },
+        100,
+        300,
+        [=](const std::vector<BodyPtr>& bodies) {
+            // Each hinge's two anchors should coincide; report the worst gap.
+            float gap = 0;
+            for (const physics::HingePtr& hinge : Simulation::Get().GetHinges()) {
+                gap = std::max(gap, (hinge->GetWorldAnchorB() - hinge->GetWorldAnchorA()).Length());
+            }
+            return Field("lowest_y", bodies.back()->position.y) + Field("max_gap", gap) +
+                   " hinges=" + std::to_string(Simulation::Get().GetHinges().size());
+        }};
+}
+
+// A soft block: boxes of 0.4 on a 0.5 grid, each joined by springs to its right and upper
+// neighbours and across both diagonals of each square (without them the grid folds flat),
+// dropped on the floor. Strength 1 and the spring tool's damping of 0.1: at damping 1 a
+// box pulled by eight springs is damped past what an explicit step can hold.
+Scene SpringGrid(int side) {
+    return Scene{
+        "springgrid" + std::to_string(side),
+        "a " + std::to_string(side) + " by " + std::to_string(side) +
+            " grid of boxes joined by springs, dropped on a plane",
+        [=](std::vector<BodyPtr>& bodies) {
+            Simulation& sim = Simulation::Get();
+            AddPlane({0, 0}, {0, 1});
+            const float pitch = 0.5f;
+            for (int y = 0; y < side; ++y) {
+                for (int x = 0; x < side; ++x) {
+                    bodies.push_back(
+                        AddGeom(new physics::Box(Vec2(0.2f, 0.2f)), {pitch * x, 1 + pitch * y}));
+                }
+            }
+            auto geomAt = [&](int x, int y) {
+                return bodies[y * side + x]->GetPlacedGeoms()[0].geom;
+            };
+            auto join = [&](int x0, int y0, int x1, int y1) {
+                if (x1 < side && y1 < side) {
+                    const float rest = pitch * std::hypot(float(x1 - x0), float(y1 - y0));
+                    sim.AddJoint(physics::JointPtr(new physics::SpringJoint(
+                        geomAt(x0, y0), geomAt(x1, y1), {0, 0}, {0, 0}, rest, 1.0f, 0.1f)));
+                }
+            };
+            for (int y = 0; y < side; ++y) {
+                for (int x = 0; x < side; ++x) {
+                    join(x, y, x + 1, y);
+                    join(x, y, x, y + 1);
+                    join(x, y, x + 1, y + 1);
+                    if (x + 1 < side) {
+                        join(x + 1, y, x, y + 1);
+                    }
+                }
+            }
+        },
+        300,
+        300,
+        [=](const std::vector<BodyPtr>& bodies) {
+            return SettledFields(bodies) + Field("top_y", bodies.back()->position.y) +
+                   " springs=" + std::to_string(Simulation::Get().GetJoints().size());
+        }};
+}
+
 std::vector<Scene> AllScenes() {
-    return {Pyramid(20), Pyramid(40), Pyramid(100), Circles(), Polygons()};
+    return {Pyramid(20), Pyramid(40),    Pyramid(100),   Circles(),      Polygons(),
+            Chain(100),  SpringGrid(20), DamBreak(5000), DamBreak(20000)};
 }
 
 double NodeTotal(const util::Profiler::Node& node, const char* name) {
@@ -203,7 +326,7 @@ double TimeCollider(bool broadPhase, int repeats, size_t& contactCount) {
     for (int i = 0; i < repeats; ++i) {
         contacts.clear();
         const double start = Now();
-        collider.AssignBodies(Simulation::Get().GetBodies());
+        collider.AssignBodies(Simulation::Get().GetBodies(), Simulation::Get().GetParticles());
         collider.Collide(contacts);
         times.push_back(Now() - start);
     }
@@ -267,6 +390,9 @@ void RunScene(const Scene& scene) {
     const double cache =
         (NodeTotal(root, "Matching cache") + NodeTotal(root, "Update cache")) * perStep;
     const double solver = NodeTotal(root, "RunSolver") * perStep;
+    const double neighbours = NodeTotal(root, "FindNeighbors") * perStep;
+    const double fluidForces = NodeTotal(root, "CalcSPHForces") * perStep;
+    const double smoothing = NodeTotal(root, "SPH vel-smoothing") * perStep;
     if (g_detail) {
         if (const util::Profiler::Node* node = FindNode(root, "Simu::Step")) {
             PrintTree(*node, perStep, 0);
@@ -274,17 +400,31 @@ void RunScene(const Scene& scene) {
     }
     profiler.SetOutputOn(false);
 
+    const size_t particles = sim.GetParticles().size();
     size_t broadContacts = 0;
     size_t plainContacts = 0;
     const double broad = TimeCollider(true, 21, broadContacts);
-    const double plain = TimeCollider(false, bodies.size() > 2000 ? 3 : 11, plainContacts);
+    const double plain =
+        TimeCollider(false, bodies.size() > 2000 || particles > 10000 ? 3 : 11, plainContacts);
 
     std::string line = std::string("scene=") + scene.name +
                        " bodies=" + std::to_string(bodies.size()) +
+                       " particles=" + std::to_string(particles) +
                        " contacts=" + std::to_string(sim.GetContacts().size());
+    if (particles > 0) {
+        // Other particles within the kernel radius, the particle itself not counted.
+        double listed = 0;
+        for (const physics::ParticlePtr& particle : sim.GetParticles()) {
+            listed += static_cast<double>(particle->neighbours.size() - 1);
+        }
+        line += Field("neighbours", listed / static_cast<double>(particles));
+    }
     line += Field("ms_per_step", msPerStep);
-    line += Field("collide_ms", collide) + Field("cache_ms", cache) + Field("solver_ms", solver) +
-            Field("other_ms", step - collide - cache - solver);
+    line +=
+        Field("neighbour_search_ms", neighbours) + Field("sph_forces_ms", fluidForces) +
+        Field("smoothing_ms", smoothing) + Field("collide_ms", collide) + Field("cache_ms", cache) +
+        Field("solver_ms", solver) +
+        Field("other_ms", step - neighbours - fluidForces - smoothing - collide - cache - solver);
     line += Field("broadphase_collide_ms", broad) + Field("plain_collide_ms", plain);
     line += broadContacts == plainContacts ? " same_contacts=yes" : " same_contacts=no";
     line += scene.check(bodies);
@@ -297,6 +437,7 @@ void RunScene(const Scene& scene) {
 
 int main(int argc, char** argv) {
     physics::Simulation::Create();
+    physics::SPH::Create();
     const std::vector<Scene> scenes = AllScenes();
     if (argc == 2 && std::strcmp(argv[1], "--list") == 0) {
         for (const Scene& scene : scenes) {
@@ -331,5 +472,6 @@ int main(int argc, char** argv) {
         RunScene(*scene);
     }
     physics::Simulation::Release();
+    physics::SPH::Release();
     return 0;
 }

@@ -4,6 +4,7 @@
 
 #include "logging/FunctionLogger.h"
 #include "logging/Logger.h"
+#include "physics/SPH.h"
 #include "physics/Simulation.h"
 #include "script/Parser.h"
 #include "util/FileSystem.h"
@@ -38,8 +39,9 @@ Shell::Shell(std::ostream& out) : m_out(out) {
     script::Parser::Get().SetErrorHandler(
         [this](const util::String& message) { m_out << message << std::endl; });
     // Objects that exist without a window are published to the root, in the program's
-    // order; the fluid, the scene and its file information join as they are built.
+    // order; the scene and its file information join as they are built.
     script::AddToRoot(&physics::Simulation::Get());
+    script::AddToRoot(&physics::SPH::Get());
 }
 
 Shell::~Shell() = default;

@@ -9,6 +9,7 @@
 #include "core/Subsystem.h"
 #include "logging/Logger.h"
 #include "os/OS.h"
+#include "physics/SPH.h"
 #include "physics/Simulation.h"
 #include "script/Parser.h"
 #include "util/FileSystem.h"
@@ -91,6 +92,7 @@ int RunProgram() {
     // any body, so that the world body and geom draw ID 0.
     script::AddToRoot(&subsystem);
     script::AddToRoot(&physics::Simulation::Get());
+    script::AddToRoot(&physics::SPH::Get());
     RenameOldSceneFiles();
     Log(logging::Debug, "Application created");
 

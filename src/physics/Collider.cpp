@@ -8,7 +8,9 @@
 #include "physics/Body.h"
 #include "physics/Contact.h"
 #include "physics/OBBOverlap.h"
+#include "physics/Particle.h"
 #include "physics/Polygon.h"
+#include "physics/SPH.h"
 #include "physics/Shapes.h"
 #include "util/Profiler.h"
 
@@ -89,12 +91,17 @@ void Collider::AddContact(std::vector<ContactPtr>& contacts, Geom* a, Geom* b, s
     contacts.emplace_back(new Contact(a, b, index, point, normal, depth));
 }
 
-void Collider::AssignBodies(const BodyList& bodies) {
+void Collider::AssignBodies(const BodyList& bodies, const ParticleList& particles) {
     VORRA_PROFILE("Collider::AssignBodies");
     m_planes.clear();
     m_polygons.clear();
     m_circles.clear();
     m_boxes.clear();
+    m_particles.clear();
+    m_particleMargin = static_cast<float>(0.1L * SPH::Get().radius->Get());
+    for (const ParticlePtr& particle : particles) {
+        m_particles.push_back(particle.Get());
+    }
     for (const BodyPtr& body : bodies) {
         // The placed list is in ID order, the same in every run.
         for (const Body::PlacedGeom& placed : body->GetPlacedGeoms()) {
@@ -216,7 +223,95 @@ void Collider::Collide(std::vector<ContactPtr>& contacts) {
             m_boxes.size(), m_circles.size(), m_boxBounds, m_circleBounds,
             [&](size_t i, size_t j) { CollideBoxCircle(contacts, m_boxes[i], m_circles[j]); });
     }
-    // The water groups join here with the fluid.
+    CollideWater(contacts);
+}
+
+void Collider::CollideWater(std::vector<ContactPtr>& contacts) {
+    if (m_particles.empty()) {
+        return;
+    }
+    VORRA_PROFILE("Water");
+    math::BoundingBox2f water;
+    {
+        VORRA_PROFILE("Creating BB");
+        for (const Particle* particle : m_particles) {
+            water.Add(particle->position);
+        }
+        water = water.Expanded(m_particleMargin);
+    }
+    const Vec2 centre = water.Centre();
+    const Vec2 half = water.Size() * 0.5f;
+    const math::OBB2D waterOBB{centre, {1, 0}, {0, 1}, half};
+    // Each geom's reach is grown by more than the skin, so that rounding in its distance
+    // can never drop a touching particle.
+    const float slack = 2 * m_particleMargin + 1e-3f;
+    auto circleMeetsWater = [&](const Vec2& c, float r) {
+        const float dx = std::fabs(c.x - centre.x) - half.x;
+        const float dy = std::fabs(c.y - centre.y) - half.y;
+        if (dx > r || dy > r) {
+            return false;
+        }
+        if (dx > 0 && dy > 0) {
+            return dx * dx + dy * dy < r * r;
+        }
+        return true;
+    };
+    auto shapeMeetsWater = [&](const Geom& geom) {
+        const BoundingCircle circle = geom.GetBoundingCircle();
+        return circleMeetsWater(circle.centre, circle.radius) &&
+               OBBOverlap(geom.GetOBB(), waterOBB);
+    };
+    {
+        VORRA_PROFILE("Plane-Water");
+        const math::BoundingBox2f everywhere(Vec2(-math::Infinity(), -math::Infinity()),
+                                             Vec2(math::Infinity(), math::Infinity()));
+        for (Plane* plane : m_planes) {
+            const Vec2 n = plane->GetNormal();
+            if (plane->collideWater && Dot(n, centre) + plane->GetOffset() <=
+                                           std::fabs(n.x) * half.x + std::fabs(n.y) * half.y) {
+                WaterAgainst(contacts, plane, everywhere);
+            }
+        }
+    }
+    {
+        VORRA_PROFILE("Circle-Water");
+        for (const CircleEntry& c : m_circles) {
+            if (c.circle->collideWater && circleMeetsWater(c.centre, c.radius)) {
+                WaterAgainst(contacts, c.circle, BoxOfCircle(c.centre, c.radius).Expanded(slack));
+            }
+        }
+    }
+    {
+        VORRA_PROFILE("Poly-Water");
+        for (const PolygonEntry& p : m_polygons) {
+            if (p.polygon->collideWater && shapeMeetsWater(*p.polygon)) {
+                WaterAgainst(contacts, p.polygon, BoundsOfPolygon(*p.polygon).Expanded(slack));
+            }
+        }
+    }
+    {
+        VORRA_PROFILE("Box-Water");
+        for (Box* box : m_boxes) {
+            if (box->collideWater && shapeMeetsWater(*box)) {
+                WaterAgainst(contacts, box, BoxOfOBB(box->GetOBB()).Expanded(slack));
+            }
+        }
+    }
+}
+
+void Collider::WaterAgainst(std::vector<ContactPtr>& contacts, Geom* geom,
+                            const math::BoundingBox2f& reach) {
+    const float margin = m_particleMargin;
+    for (Particle* particle : m_particles) {
+        const Vec2& p = particle->position;
+        if (!reach.Contains(p)) {
+            continue;
+        }
+        const float d = geom->Dist(p);
+        if (d < margin) {
+            AddContact(contacts, geom, &particle->GetGeom(), 0, p, geom->Normal(p), margin - d);
+        }
+    }
 }
 
 void Collider::CollidePlanes(std::vector<ContactPtr>& contacts) {

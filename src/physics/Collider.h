@@ -8,6 +8,7 @@
 #include "math/Vector2.h"
 #include "physics/BroadPhase.h"
 #include "physics/Forward.h"
+#include "physics/Particle.h"  // complete, for the default empty particle list
 
 namespace physics {
 
@@ -23,8 +24,9 @@ class Collider {
 public:
     explicit Collider(bool broadPhase = true) : m_broadPhase(broadPhase) {}
 
-    // The water joins the lists with the fluid.
-    void AssignBodies(const BodyList& bodies);
+    // Sorts the bodies' geoms into the shape lists and takes the particles, with the skin
+    // that the fluid's present radius gives them.
+    void AssignBodies(const BodyList& bodies, const ParticleList& particles = ParticleList());
     void Collide(std::vector<ContactPtr>& contacts);
 
     // The only way a contact is made; one with non-finite data is logged and dropped.
@@ -52,12 +54,20 @@ private:
     void CollideBoxBox(std::vector<ContactPtr>& contacts, Box* a, Box* b);
     void CollideBoxPolygon(std::vector<ContactPtr>& contacts, Box* box, PolygonEntry& p);
     void CollideBoxCircle(std::vector<ContactPtr>& contacts, Box* box, const CircleEntry& c);
+    // The water groups: each shape that can reach the water's box against every particle.
+    void CollideWater(std::vector<ContactPtr>& contacts);
+    // Particles closer than the skin to the geom touch it. Particles outside the reach,
+    // a box beyond which the geom's distance exceeds the skin, are skipped untested.
+    void WaterAgainst(std::vector<ContactPtr>& contacts, Geom* geom,
+                      const math::BoundingBox2f& reach);
 
     bool m_broadPhase;
     std::vector<Plane*> m_planes;
     std::vector<PolygonEntry> m_polygons;
     std::vector<CircleEntry> m_circles;
     std::vector<Box*> m_boxes;
+    std::vector<Particle*> m_particles;
+    float m_particleMargin = 0;
 
     // Per list, boxes that contain every place where that shape can touch another.
     std::vector<math::BoundingBox2f> m_polygonBounds;

@@ -49,9 +49,19 @@ public:
     virtual Collides GetCollides() const { return Collides::Never; }
 
     size_t GetID() const { return m_id; }
-    AbstractBody* GetBody() const { return m_body.Get(); }
+    AbstractBody* GetBody() const { return m_owner; }
+    // The counted owner: null for a loose geom and for one held by an owner it belongs to.
     const AbstractBodyPtr& GetBodyPtr() const { return m_body; }
-    void SetBody(const AbstractBodyPtr& body) { m_body = body; }
+    void SetBody(const AbstractBodyPtr& body) {
+        m_body = body;
+        m_owner = body.Get();
+    }
+    // An owner that holds this geom itself, as a particle does: it is not counted, so the
+    // two do not keep each other alive, and the owner clears it when it dies.
+    void SetOwner(AbstractBody* owner) {
+        m_body.Reset();
+        m_owner = owner;
+    }
 
     const Transform& GetTransform() const { return m_localToWorld; }
     const Transform& GetInverseTransform() const { return m_worldToLocal; }
@@ -78,6 +88,7 @@ public:
 private:
     size_t m_id;
     AbstractBodyPtr m_body;
+    AbstractBody* m_owner = nullptr;
     Transform m_worldToLocal;
     Transform m_localToWorld;
     math::Vec2 m_position{0, 0};

@@ -11,6 +11,8 @@
 #include "physics/Hinge.h"
 #include "physics/Joint.h"
 #include "physics/MaterialDefaults.h"
+#include "physics/Particle.h"
+#include "physics/SPH.h"
 #include "physics/Shapes.h"
 #include "physics/Solver.h"
 #include "util/Assert.h"
@@ -220,6 +222,19 @@ void Simulation::ReleaseLinks() {
     }
 }
 
+void Simulation::AddParticle(ParticlePtr particle) {
+    CODE_ASSERT(particle);
+    particle->SetInWorld(true);
+    m_particles.push_back(std::move(particle));
+}
+
+void Simulation::ClearParticles() {
+    for (const ParticlePtr& particle : m_particles) {
+        particle->SetInWorld(false);
+    }
+    m_particles.clear();
+}
+
 void Simulation::ReleaseBodies() {
     // Emptying the geom set breaks each body's cycle with its geoms.
     for (const BodyPtr& body : m_bodies) {
@@ -234,6 +249,7 @@ void Simulation::ReleaseBodies() {
 void Simulation::Clear() {
     ReleaseLinks();
     ReleaseBodies();
+    ClearParticles();
     m_allBodies.clear();
     m_contactCache.Clear();
     m_accumulated = 0;
@@ -296,7 +312,7 @@ void Simulation::AppendCounts() {
     if (m_worldBody->GetGeoms().size() == 1) {
         --bodyCount;
     }
-    const size_t particleCount = 0;  // the fluid's particles join with the fluid
+    const size_t particleCount = m_particles.size();
     const size_t springCount = m_joints.size();
     const size_t hingeCount = m_hinges.size();
     m_status += util::LexicalCast<util::String>(bodyCount) + " bodies\n";
@@ -313,6 +329,7 @@ void Simulation::Step(bool simulate) {
     const float h = timeDelta->Get();
     RemoveBadObjects();
     RebuildAllBodies();
+    m_fluidStepped = false;
     if (simulate) {
         CalcForces();
     }
@@ -327,6 +344,9 @@ void Simulation::Step(bool simulate) {
             IntegrateVelocity(h);
         }
         IntegratePosition(h);
+        if (m_fluidStepped) {
+            SPH::Get().SmoothVelocities();
+        }
     }
     const bool isRunning = running->Get();
     if (isRunning) {
@@ -342,6 +362,9 @@ void Simulation::RebuildAllBodies() {
     m_allBodies.clear();
     for (const BodyPtr& body : m_bodies) {
         m_allBodies.push_back(body.Get());
+    }
+    for (const ParticlePtr& particle : m_particles) {
+        m_allBodies.push_back(particle.Get());
     }
 }
 
@@ -359,23 +382,65 @@ void Simulation::RemoveBadObjects() {
         RemoveBody(body);
     }
     m_removals.clear();
+    RemoveBadParticles(down, fall);
     // After the bodies, so that links that lost one go in the same pass.
     RemoveInvalidLinks(m_joints, m_jointRemovals, [this](const JointPtr& j) { RemoveJoint(j); });
     RemoveInvalidLinks(m_hinges, m_hingeRemovals,
                        [this](const HingePtr& h) { RemoveConstraint(h); });
 }
 
+void Simulation::RemoveBadParticles(const Vec2& down, float fall) {
+    const float lifetime = SPH::Get().vaporizeTime->Get();
+    size_t i = 0;
+    while (i < m_particles.size()) {
+        const Particle& particle = *m_particles[i];
+        if (particle.IsBad() || particle.age > lifetime || Dot(particle.position, down) > fall) {
+            m_particles[i]->SetInWorld(false);
+            // The last one takes the slot, and is tested in its turn.
+            if (i + 1 != m_particles.size()) {
+                m_particles[i] = std::move(m_particles.back());
+            }
+            m_particles.pop_back();
+        } else {
+            ++i;
+        }
+    }
+}
+
+Simulation::AirSettings Simulation::GetAirSettings() const {
+    AirSettings air;
+    air.linear = airFrictionLinear->Get();
+    air.quadratic = airFrictionQuadratic->Get();
+    air.rotational = rotFrictionLinear->Get();
+    air.density = airDensity->Get();
+    air.drag = air.linear != 0 || air.quadratic != 0 || air.rotational != 0;
+    return air;
+}
+
 void Simulation::CalcForces() {
     VORRA_PROFILE("Simulation::CalcForces");
     const float invDt = 1 / timeDelta->Get();
     const Vec2 g = GetEffectiveGravity();
-    const float lin = airFrictionLinear->Get();
-    const float quad = airFrictionQuadratic->Get();
-    const float rot = rotFrictionLinear->Get();
-    const float rho = airDensity->Get();
-    const bool air = airSwitch->Get();
-    const bool drag = lin != 0 || quad != 0 || rot != 0;
+    const AirSettings air = GetAirSettings();
+    CalcBodyForces(g, invDt, air);
+    CalcParticleForces(g, invDt, air);
+    // Springs after the bodies' own forces, in the order they were made.
+    for (const JointPtr& joint : m_joints) {
+        joint->ApplyForce();
+    }
+    if (running->Get()) {
+        SPH::Get().Update(m_particles, timeDelta->Get());
+        m_fluidStepped = true;
+    }
+}
 
+void Simulation::CalcBodyForces(const Vec2& g, float invDt, const AirSettings& air) {
+    const float lin = air.linear;
+    const float quad = air.quadratic;
+    const float rot = air.rotational;
+    const float rho = air.density;
+    const bool drag = air.drag;
+    const bool airOn = airSwitch->Get();
     {
         VORRA_PROFILE("Body forces");
         for (const BodyPtr& bodyPtr : m_bodies) {
@@ -385,7 +450,7 @@ void Simulation::CalcForces() {
             }
             const float mass = body.GetMass();
             body.force += mass * g;
-            if (!air) {
+            if (!airOn) {
                 continue;
             }
             const float speed = body.velocity.Length();
@@ -427,9 +492,35 @@ void Simulation::CalcForces() {
             }
         }
     }
-    // Springs after the bodies' own forces, in the order they were made.
-    for (const JointPtr& joint : m_joints) {
-        joint->ApplyForce();
+}
+
+void Simulation::CalcParticleForces(const Vec2& g, float invDt, const AirSettings& air) {
+    VORRA_PROFILE("Particle forces");
+    // Water feels the air whatever airSwitch says; its weight and buoyancy follow the
+    // fluid's settings as they stand, its drag the particle's mass of the last fluid step.
+    const SPH& fluid = SPH::Get();
+    const float r = fluid.radius->Get();
+    const float area = math::Pi * r * r;
+    const Vec2 weight = (area * fluid.density->Get()) * g;
+    const Vec2 buoyancy = -(air.density * area) * g;
+    for (const ParticlePtr& particlePtr : m_particles) {
+        Particle& particle = *particlePtr;
+        if (!particle.IsImmovable()) {
+            particle.force += weight;
+        }
+        if (air.drag) {
+            const float mass = particle.GetMass();
+            const float speed = particle.velocity.Length();
+            const float c = std::min((air.linear + air.quadratic * speed) * 2 * r, invDt * mass);
+            particle.force -= c * particle.velocity;
+            const float spin = std::fabs(particle.angularVelocity);
+            const float t =
+                std::min(mass * air.rotational * spin, particle.GetInertia() * spin * invDt);
+            particle.torque -= std::copysign(t, particle.angularVelocity);
+        }
+        if (air.density != 0 && !particle.IsStatic()) {
+            particle.force += buoyancy;
+        }
     }
 }
 
@@ -439,7 +530,7 @@ void Simulation::CalcContacts() {
     SolverParameters::Current().simulatedTime = m_simulatedTime;
     {
         VORRA_PROFILE("Finding contacts");
-        m_collider.AssignBodies(m_bodies);
+        m_collider.AssignBodies(m_bodies, m_particles);
         m_collider.Collide(m_foundContacts);
     }
     m_contactCache.Match(m_foundContacts);

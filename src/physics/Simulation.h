@@ -8,6 +8,7 @@
 #include "physics/Collider.h"
 #include "physics/ContactCache.h"
 #include "physics/Forward.h"
+#include "physics/Particle.h"  // complete, for the particle list's inline copies
 #include "physics/SolverParameters.h"
 #include "script/Attributes.h"
 #include "script/Reflected.h"
@@ -60,12 +61,17 @@ public:
     // RemoveConstraint lets them collide again and returns the number taken out.
     void AddConstraint(HingePtr hinge);
     size_t RemoveConstraint(const HingePtr& hinge);
-    // Back to the world body alone, with no links, at time 0. Attributes keep their values.
+    // Water: particles join at the end of the list; removal moves the last one into the gap.
+    void AddParticle(ParticlePtr particle);
+    void ClearParticles();
+    // Back to the world body alone, with no links or water, at time 0. Attributes keep
+    // their values.
     void Clear();
 
     const BodyList& GetBodies() const { return m_bodies; }
     const JointSet& GetJoints() const { return m_joints; }
     const HingeSet& GetHinges() const { return m_hinges; }
+    const ParticleList& GetParticles() const { return m_particles; }
     const std::vector<ContactPtr>& GetContacts() const { return m_contactCache.GetContacts(); }
     const ContactCache& GetContactCache() const { return m_contactCache; }
     const GeomPtr& GetWorldGeom() const { return m_worldGeom; }
@@ -126,6 +132,18 @@ private:
     void ReleaseLinks();
     void ReleaseBodies();
     void RemoveBadObjects();
+    void RemoveBadParticles(const math::Vec2& down, float fall);
+    // The air as it acts on bodies and water alike.
+    struct AirSettings {
+        float linear = 0;
+        float quadratic = 0;
+        float rotational = 0;
+        float density = 0;
+        bool drag = false;  // some drag at all
+    };
+    AirSettings GetAirSettings() const;
+    void CalcBodyForces(const math::Vec2& g, float invDt, const AirSettings& air);
+    void CalcParticleForces(const math::Vec2& g, float invDt, const AirSettings& air);
     void RebuildAllBodies();
     void CalcForces();
     void CalcContacts();
@@ -139,7 +157,10 @@ private:
     BodyList m_bodies;
     JointSet m_joints;
     HingeSet m_hinges;
-    // Bodies of this step as plain pointers, so that inner loops touch no counts.
+    ParticleList m_particles;
+    // Whether the fluid stepped in this step: its smoothing works on that step's lists.
+    bool m_fluidStepped = false;
+    // Bodies, then particles, of this step as plain pointers, so that inner loops touch no counts.
     std::vector<AbstractBody*> m_allBodies;
     // The collider fills this list and the cache takes the contacts over, keeping them for
     // the solve and the next step's matching.

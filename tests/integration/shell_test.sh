@@ -43,4 +43,8 @@ grep -q "Failed to open file" "$work/out" || fail "missing file not reported"
 "$shell" -e 'Sim.gravity' -e 'Sim.timeDelta = 0.02; Sim.solveIter' -e 'Sim.timeDelta' \
   -e 'Sim.time' >"$work/out" || fail "Sim entries failed"
 [ "$(cat "$work/out")" = "$(printf '[0, -9.8]\n30\n0.02\n0')" ] || fail "Sim attributes"
+# The fluid's settings and figures are there too.
+"$shell" -e 'SPH.radius' -e 'SPH.influence = 3; SPH.influence' -e 'SPH.AVG_density' \
+  >"$work/out" || fail "SPH entries failed"
+[ "$(cat "$work/out")" = "$(printf '0.05\n3\n0')" ] || fail "SPH attributes"
 echo PASS

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "physics/SPH.h"
 #include "physics/Simulation.h"
 
 namespace {
@@ -8,8 +9,14 @@ namespace {
 // their counters, as in the program: it must exist before any test makes a body or geom.
 class WorldEnvironment : public testing::Environment {
 public:
-    void SetUp() override { physics::Simulation::Create(); }
-    void TearDown() override { physics::Simulation::Release(); }
+    void SetUp() override {
+        physics::Simulation::Create();
+        physics::SPH::Create();
+    }
+    void TearDown() override {
+        physics::Simulation::Release();
+        physics::SPH::Release();
+    }
 };
 
 [[maybe_unused]] testing::Environment* const kWorldEnvironment =

@@ -6,6 +6,7 @@
 
 #include "math/Vector2.h"
 #include "physics/Body.h"
+#include "physics/SPH.h"
 #include "physics/Shapes.h"
 #include "physics/Simulation.h"
 #include "physics/Transform.h"
@@ -47,6 +48,19 @@ protected:
         sim.solveIter->SetNative(30);
         sim.warmStart->SetNative(true);
         sim.GetStepCallbacks().Clear();
+        ResetFluid();
+    }
+
+    static void ResetFluid() {
+        physics::SPH& fluid = physics::SPH::Get();
+        for (auto* attrib : {&fluid.radius, &fluid.influence, &fluid.vaporizeTime, &fluid.friction,
+                             &fluid.restitution, &fluid.soundSpeed, &fluid.density,
+                             &fluid.viscosity, &fluid.pressMultiplier, &fluid.viscMultiplier,
+                             &fluid.surfaceTension, &fluid.jitter, &fluid.bucketSize}) {
+            (*attrib)->SetNative((*attrib)->GetDefault());
+        }
+        fluid.specialPressure->SetNative(true);
+        fluid.velocitySmoothing->SetNative(true);
     }
 
     // A body of one geom, placed at the point and angle, added to the world.

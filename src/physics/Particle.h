@@ -1,0 +1,80 @@
+#pragma once
+
+#include "math/Real.h"
+#include "math/Vector2.h"
+#include "physics/AbstractBody.h"
+#include "physics/Forward.h"
+#include "physics/Shapes.h"
+#include "util/VectorPOD.h"
+
+namespace physics {
+
+// A drop of water: a body of its own that the fluid moves by forces and that touches rigid
+// shapes through its small circular geom. Its mass follows the fluid's settings at every
+// fluid step.
+class Particle : public AbstractBody {
+public:
+    // The particle's own shape. It never joins the collider's shape lists: the water groups
+    // test particles by their centres.
+    class ParticleGeom : public Circular {
+    public:
+        explicit ParticleGeom(math::real radius) : Circular(radius) {}
+    };
+
+    // Another particle within the kernel radius: its slot in the fluid's step, its
+    // distance and the difference vector toward it (not a unit vector).
+    struct Neighbour {
+        Particle* other;
+        uint32_t slot;
+        math::real distance;
+        math::Vec2 delta;
+    };
+
+    // A particle's neighbours as the fluid's last step found them, in a store of the
+    // fluid's: valid until its next step.
+    class NeighbourList {
+    public:
+        NeighbourList() = default;
+        NeighbourList(const Neighbour* first, const Neighbour* last)
+            : m_first(first), m_last(last) {}
+        const Neighbour* begin() const { return m_first; }
+        const Neighbour* end() const { return m_last; }
+        size_t size() const { return static_cast<size_t>(m_last - m_first); }
+        bool empty() const { return m_first == m_last; }
+        const Neighbour& operator[](size_t i) const { return m_first[i]; }
+
+    private:
+        const Neighbour* m_first = nullptr;
+        const Neighbour* m_last = nullptr;
+    };
+
+    // Takes its radius, density and material from the fluid's settings.
+    Particle(const math::Vec2& position, const math::Vec2& velocity);
+    ~Particle() override;
+    Particle(const Particle&) = delete;
+    Particle& operator=(const Particle&) = delete;
+
+    // Area pi r r; mass and inertia both area * density (a particle's inertia equals its
+    // mass, deliberately); the geom's material. The geom keeps the radius it was made with.
+    void SetProps(math::real radius, math::real density, math::real friction,
+                  math::real restitution);
+    // Moves the geom to the particle; a disc needs no rotation.
+    void UpdateTransforms() override;
+
+    ParticleGeom& GetGeom() { return *m_geom; }
+    const ParticleGeom& GetGeom() const { return *m_geom; }
+
+    // Of the last fluid step.
+    math::real density = 0;
+    math::real pressure = 0;
+    math::Vec2 tension{0, 0};
+    // The first entry is the particle itself, at distance 0.
+    NeighbourList neighbours;
+    // Seconds spent without a neighbour.
+    math::real age = 0;
+
+private:
+    util::SharedPtr<ParticleGeom> m_geom;
+};
+
+}  // namespace physics

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "math/Real.h"
+#include "math/Vector2.h"
+#include "physics/Forward.h"
+#include "util/VectorPOD.h"
+
+namespace physics {
+
+// The particles sorted into the square cells of a grid, the occupied cells found through a
+// hash table. The table keeps its buckets, and they their capacity, from one step to the
+// next, and the members of all cells share one array, so a steady flow allocates nothing.
+// A member's place in that array, its slot, numbers it for the step: neighbours in space
+// are mostly near in slot order too.
+//
+// Cell coordinates truncate toward zero, so the row and column of cells along each axis are
+// twice as wide as the others. Cells are visited in table order: buckets in ascending order,
+// and within a bucket in the order the cells were first met.
+class ParticleHash {
+public:
+    using Key = math::TVector2<int>;
+    struct Cell {
+        Key key;
+        uint32_t first;  // into the member array
+        uint32_t count;
+    };
+
+    // Sorts the particles into cells of the given size, each cell's members in list order.
+    // The first call sizes the table for the number of particles; later calls grow it when
+    // the cells outnumber its buckets.
+    void Build(Particle* const* particles, size_t count, math::real cellSize);
+
+    // The cell of a point, with cells of 1 / inverseSize.
+    static Key KeyOf(const math::Vec2& point, math::real inverseSize);
+    // The cell under the key, or null where it holds no particle.
+    const Cell* Find(const Key& key) const;
+    // Coordinates are readable this far past the last member.
+    static constexpr size_t kPadding = 4;
+
+    // All members, cell after cell, and their coordinates when the cells were built, x and
+    // y apart so that loops over them vectorise.
+    Particle* const* Members() const { return m_members.data(); }
+    const math::real* Xs() const { return m_xs.data(); }
+    const math::real* Ys() const { return m_ys.data(); }
+    size_t MemberCount() const { return m_members.size(); }
+    // The slot of the particle at the given place in the list that was built.
+    uint32_t SlotOf(size_t listIndex) const { return m_slotOfParticle[listIndex]; }
+
+    template <class F>
+    void ForEachCell(F visit) const {
+        for (const util::VectorPOD<uint32_t>& bucket : m_buckets) {
+            for (uint32_t index : bucket) {
+                visit(m_cells[index]);
+            }
+        }
+    }
+
+    size_t CellCount() const { return m_cells.size(); }
+    size_t BucketCount() const { return m_buckets.size(); }
+    size_t LargestBucket() const;
+
+    // The table's first size for n entries: n taken to the next odd number and on to the
+    // next prime, at least 3.
+    static size_t InitialBucketCount(size_t n);
+
+private:
+    size_t BucketOf(const Key& key) const;
+    uint32_t CellIndex(const Key& key);
+    void Grow();
+
+    std::vector<util::VectorPOD<uint32_t>> m_buckets;
+    std::vector<util::VectorPOD<uint32_t>> m_spareBuckets;
+    std::vector<Cell> m_cells;
+    // Each particle's cell while the cells fill, then its slot.
+    util::VectorPOD<uint32_t> m_slotOfParticle;
+    util::VectorPOD<Particle*> m_members;
+    util::VectorPOD<math::real> m_xs;
+    util::VectorPOD<math::real> m_ys;
+};
+
+}  // namespace physics

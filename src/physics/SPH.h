@@ -1,0 +1,112 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "math/Real.h"
+#include "math/Vector2.h"
+#include "physics/Forward.h"
+#include "physics/Particle.h"
+#include "physics/ParticleHash.h"
+#include "script/Attributes.h"
+#include "script/Reflected.h"
+#include "util/Random.h"
+#include "util/Singleton.h"
+#include "util/String.h"
+#include "util/VectorPOD.h"
+
+namespace physics {
+
+// The water: smoothed-particle hydrodynamics over the simulation's particles. Densities and
+// pressures come from the neighbours within the kernel radius h = radius * influence; the
+// forces are added to the particles' accumulators, and the simulation's solver and
+// integrators then move them like any body. A mild, soft, compressible fluid: its speed of
+// sound is a setting, not a physical value. In the language it is the object "SPH".
+class SPH : public script::Reflected, public util::Singleton<SPH> {
+public:
+    SPH();
+    ~SPH() override;
+    SPH(const SPH&) = delete;
+    SPH& operator=(const SPH&) = delete;
+
+    // One fluid step: the particles take the present settings, find their neighbours, and
+    // get pressure, viscosity, tension and jitter forces; lonely ones age. Publishes the
+    // averages. Nothing happens to an empty list.
+    void Update(const ParticleList& particles, math::real dt);
+    // After integration: each particle of the last Update takes the kernel-weighted mean
+    // velocity of its neighbourhood. Computed for all before any is written, so the result
+    // does not depend on the particles' order. Nothing without velocitySmoothing.
+    void SmoothVelocities();
+
+    // The kernel radius h, and the kernels at distance d below it, with the constants of
+    // the last Update.
+    math::real GetKernelRadius() const { return radius->Get() * influence->Get(); }
+    math::real Density(math::real d) const;    // poly6
+    math::real Gradient(math::real d) const;   // of the spiky kernel
+    math::real Laplacian(math::real d) const;  // of the viscosity kernel
+    // The mass of one particle in the last Update.
+    math::real GetParticleMass() const { return m_mass; }
+    const ParticleHash& GetHash() const { return m_hash; }
+
+    // A fixed start for the jitter's random stream, for runs that must repeat.
+    void SeedJitter(uint32_t seed);
+
+    script::AttribPtr<float> radius;
+    script::AttribPtr<float> influence;
+    script::AttribPtr<bool> specialPressure;
+    script::AttribPtr<bool> velocitySmoothing;
+    script::AttribPtr<float> vaporizeTime;
+    script::AttribPtr<float> friction;
+    script::AttribPtr<float> restitution;
+    script::AttribPtr<float> soundSpeed;
+    script::AttribPtr<float> density;
+    script::AttribPtr<float> viscosity;
+    script::AttribPtr<float> pressMultiplier;
+    script::AttribPtr<float> viscMultiplier;
+    script::AttribPtr<float> surfaceTension;
+    script::AttribPtr<float> jitter;
+    script::AttribPtr<float> bucketSize;
+
+    // A pair of slots within the kernel radius, the difference vector from i to j.
+    struct Pair {
+        uint32_t i;
+        uint32_t j;
+        math::real distance;
+        math::Vec2 delta;
+    };
+
+private:
+    void RegisterAttributes();
+    void FindNeighbors();
+    void CalcSPHForces();
+    void Evaporate(math::real dt);
+    void Jitter();
+    void PublishStatistics();
+    // A standard normal number; Box-Muller gives them in pairs, the second kept.
+    math::real NextNormal();
+
+    // The particles of the step, plain pointers so that the loops touch no counts.
+    util::VectorPOD<Particle*> m_particles;
+    util::VectorPOD<Pair> m_pairs;
+    // All neighbour lists, slot after slot; list s runs from m_listStart[s] to
+    // m_listStart[s + 1].
+    util::VectorPOD<Particle::Neighbour> m_entries;
+    util::VectorPOD<uint32_t> m_listStart;
+    util::VectorPOD<uint32_t> m_listEnd;
+    // Per slot of the hash: the state that neighbours read, and the smoothed velocities.
+    util::VectorPOD<math::real> m_slotDensity;
+    util::VectorPOD<math::real> m_slotPressure;
+    util::VectorPOD<math::Vec2> m_slotVelocity;
+    util::VectorPOD<math::Vec2> m_smoothed;
+    ParticleHash m_hash;
+    util::Random m_random;
+    math::real m_spareNormal = 0;
+    bool m_hasSpareNormal = false;
+
+    math::real m_h = 0;
+    math::real m_mass = 0;
+    math::real m_k1 = 0;
+    math::real m_k2 = 0;
+};
+
+}  // namespace physics
