@@ -124,6 +124,11 @@ void Box::SetTransform(const Transform& localToWorld) {
     m_worldBox.halfExtents = m_localBox.halfExtents;
 }
 
+void Box::SetHalfExtents(const math::Vec2& halfExtents) {
+    m_localBox.halfExtents = halfExtents;
+    SetTransform(GetTransform());
+}
+
 // --- Plane ---
 
 math::real Plane::Dist(const math::Vec2& worldPoint) const {

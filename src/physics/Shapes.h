@@ -59,6 +59,8 @@ public:
     Collides GetCollides() const override { return Collides::AsBox; }
 
     const math::OBB2D& GetLocalBox() const { return m_localBox; }
+    // Resizes about the box's own centre; the owner's mass follows at its next RecalcGeoms.
+    void SetHalfExtents(const math::Vec2& halfExtents);
     const math::OBB2D& GetWorldBox() const { return m_worldBox; }
 
 private:

@@ -1,0 +1,80 @@
+#include "app/entities/Entity.h"
+
+#include "app/FileInfo.h"
+#include "app/entities/EntityColor.h"
+#include "logging/Log.h"
+#include "script/Variable.h"
+
+namespace app {
+
+namespace {
+
+int s_nextID = 0;
+
+}  // namespace
+
+Entity::Entity(const util::String& reflectedName) : script::Reflected(reflectedName) {
+    AddAttrib(entityID, "entityID", s_nextID++);
+    AddAttrib(color, "color", EntityColorSource::Next());
+    AddAttrib(zDepth, "zDepth", -1.0f);
+}
+
+Entity::~Entity() = default;
+
+int Entity::PeekNextID() {
+    return s_nextID;
+}
+
+void Entity::Serialize(AttributeMap& out) const {
+    // Every attribute as the script holds it, so that a formula stays a formula.
+    for (const script::VariablePtr& variable : GetVariables()) {
+        if (dynamic_cast<const script::AbstractAttrib*>(variable.Get())) {
+            out[variable->GetName()] = variable->GetValue();
+        }
+    }
+    out["color"] = script::ValueToObject(color->Get());
+    out["entityID"] = script::ValueToObject(entityID->Get());
+    out["zDepth"] = script::ValueToObject(zDepth->Get());
+}
+
+void Entity::Deserialize(const AttributeMap& in) {
+    for (const script::VariablePtr& variable : GetVariables()) {
+        const util::String& name = variable->GetName();
+        const auto found = in.find(name);
+        // The colour's length depends on the file's version: read below.
+        if (found == in.end() || name == "color") {
+            continue;
+        }
+        // A value of the wrong type costs only its own key.
+        const script::ObjectPtr previous = variable->GetValue();
+        try {
+            variable->SetValue(found->second);
+        } catch (const std::exception& e) {
+            variable->SetValue(previous);
+            Log(logging::Warning, "Bad value for " + name + ": " + util::String(e.what()));
+        }
+    }
+    // Files before version 2 have opaque colours of three components.
+    if (FileInfo::Get().version->Get() < 2) {
+        math::Vec3 rgb;
+        if (ReadKey(in, "color", rgb)) {
+            color->SetNative(math::Vec4(rgb.x, rgb.y, rgb.z, 1));
+        }
+    } else {
+        math::Vec4 rgba;
+        if (ReadKey(in, "color", rgba)) {
+            color->SetNative(rgba);
+        }
+    }
+    float depth = 0;
+    if (ReadKey(in, "zDepth", depth)) {
+        zDepth->SetNative(depth);
+    }
+}
+
+void Entity::CopyAttributes(const Entity& source) {
+    color->SetNative(source.color->Get());
+    zDepth->SetNative(source.zDepth->Get());
+}
+
+}  // namespace app

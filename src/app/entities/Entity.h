@@ -1,0 +1,80 @@
+#pragma once
+
+#include "math/BoundingBox2.h"
+#include "math/Real.h"
+#include "math/Vector2.h"
+#include "math/Vector4.h"
+#include "physics/Transform.h"
+#include "script/Attributes.h"
+#include "script/Objects.h"
+#include "script/Reflected.h"
+#include "util/HashMap.h"
+#include "util/String.h"
+
+namespace app {
+
+class Entity;
+using EntityPtr = util::SharedPtr<Entity>;
+// An entity's file keys and their values.
+using AttributeMap = util::HashMap<util::String, script::ObjectPtr>;
+
+// What the user sees, selects and edits: a shape, a joint or a pen. It keeps the
+// attributes that scripts, scene files and panels read and write, and can be put into and
+// taken out of the physics world.
+class Entity : public script::Reflected {
+public:
+    explicit Entity(const util::String& reflectedName);
+    ~Entity() override;
+    Entity(const Entity&) = delete;
+    Entity& operator=(const Entity&) = delete;
+
+    // Once a frame while in the simulation.
+    virtual void Update(math::real /*dt*/) {}
+    // The point lies on the entity.
+    virtual bool Contains(const math::Vec2& point) const = 0;
+    virtual void AddToSimulation() = 0;
+    virtual void RemoveFromSimulation() = 0;
+    virtual bool IsInSimulation() const { return true; }
+    virtual void BeginTransform() { m_transforming = true; }
+    // Rotates and translates the entity in the world.
+    virtual void Transform(const physics::Transform& transform) = 0;
+    virtual void EndTransform() { m_transforming = false; }
+    // The file keys: every attribute, and more in each kind.
+    virtual void Serialize(AttributeMap& out) const;
+    // Every attribute with a key first, then what needs more than a plain assignment.
+    virtual void Deserialize(const AttributeMap& in);
+    virtual math::BoundingBox2f GetBoundingBox() const = 0;
+    // Kinetic plus potential energy.
+    virtual math::real GetEnergy() const { return 0; }
+    bool Intersects(const math::BoundingBox2f& box) const { return GetBoundingBox().Overlaps(box); }
+    // Colour and depth; kinds add their own attributes when the source is of their kind.
+    virtual void CopyAttributes(const Entity& source);
+
+    bool IsTransforming() const { return m_transforming; }
+    // The next id to be drawn, for tests of the running counter.
+    static int PeekNextID();
+
+    script::AttribPtr<int> entityID;
+    script::AttribPtr<math::Vec4> color;
+    script::AttribPtr<float> zDepth;
+
+    // Set every frame by the drawing pass.
+    bool selected = false;
+    bool mouseOver = false;
+
+private:
+    bool m_transforming = false;
+};
+
+// Reads a key that is there; false if it is missing. Conversion failures throw.
+template <class T>
+bool ReadKey(const AttributeMap& in, const util::String& key, T& out) {
+    const auto found = in.find(key);
+    if (found == in.end()) {
+        return false;
+    }
+    out = script::ObjectToValue<T>(found->second);
+    return true;
+}
+
+}  // namespace app

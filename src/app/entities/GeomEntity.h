@@ -1,0 +1,49 @@
+#pragma once
+
+#include "app/entities/Entity.h"
+#include "physics/Forward.h"
+
+namespace app {
+
+// An entity made of one physics geom. Its material attributes write through to the geom at
+// once, so a script assignment acts at the next step.
+class GeomEntity : public Entity {
+public:
+    GeomEntity(const util::String& reflectedName, physics::GeomPtr geom);
+    ~GeomEntity() override;
+
+    // A new entity of the same shape, place and attributes, not in the simulation.
+    virtual EntityPtr Clone() const = 0;
+
+    void Update(math::real dt) override;
+    // On the shape or inside it.
+    bool Contains(const math::Vec2& point) const override;
+    // Into a body of its own unless the geom already has one; the body moves.
+    void AddToSimulation() override;
+    // Out of its body; a body left without geoms leaves the simulation.
+    void RemoveFromSimulation() override;
+    bool IsInSimulation() const override;
+    // Composes the transform onto the geom's place; nothing without a body.
+    void Transform(const physics::Transform& transform) override;
+    void Serialize(AttributeMap& out) const override;
+    void Deserialize(const AttributeMap& in) override;
+    math::BoundingBox2f GetBoundingBox() const override;
+    void CopyAttributes(const Entity& source) override;
+
+    const physics::GeomPtr& GetGeom() const { return m_geom; }
+    // The geom's owner as it is now, or null.
+    const physics::BodyPtr& GetBody() const;
+
+    script::AttribPtr<float> friction;
+    script::AttribPtr<float> restitution;
+    script::AttribPtr<bool> collideWater;
+    script::AttribPtr<int> collideSet;
+
+protected:
+    physics::GeomPtr m_geom;
+
+private:
+    mutable physics::BodyPtr m_body;
+};
+
+}  // namespace app

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "app/entities/FiniteGeomEntity.h"
+#include "physics/Polygon.h"
+
+namespace app {
+
+// A drawn polygon. Its file key "vecs" is the outline in the polygon's own frame.
+class PolyEntity : public FiniteGeomEntity {
+public:
+    explicit PolyEntity(physics::PolygonPtr polygon);
+
+    EntityPtr Clone() const override;
+    void Serialize(AttributeMap& out) const override;
+
+    physics::Polygon& GetPolygon() const { return *m_polygon; }
+    // The scale of the distance texture: 0.04 of the larger side of the distance map.
+    float GetTextureScale() const { return m_textureScale; }
+
+private:
+    physics::PolygonPtr m_polygon;
+    float m_textureScale;
+};
+
+}  // namespace app
