@@ -6,12 +6,12 @@
 
 namespace physics {
 
-Particle::Particle(const math::Vec2& position, const math::Vec2& velocity)
-    : m_geom(new ParticleGeom(SPH::Get().radius->Get())) {
+Particle::Particle(const math::Vec2& position, const math::Vec2& velocity) {
+    const SPH& fluid = SPH::Get();
+    m_geom = util::SharedPtr<ParticleGeom>(new ParticleGeom(fluid.radius->Get()));
+    m_geom->SetOwner(this);
     this->position = position;
     this->velocity = velocity;
-    m_geom->SetOwner(this);
-    const SPH& fluid = SPH::Get();
     SetProps(fluid.radius->Get(), fluid.density->Get(), fluid.friction->Get(),
              fluid.restitution->Get());
     UpdateTransforms();

@@ -26,26 +26,10 @@ int TruncatedCell(math::real scaled) {
     return static_cast<int>(scaled);
 }
 
-bool IsPrime(size_t n) {
-    if (n < 2) {
-        return false;
-    }
-    for (size_t d = 2; d * d <= n; ++d) {
-        if (n % d == 0) {
-            return false;
-        }
-    }
-    return true;
-}
-
 }  // namespace
 
 size_t ParticleHash::InitialBucketCount(size_t n) {
-    size_t m = std::max<size_t>(n | 1, 3);
-    while (!IsPrime(m)) {
-        m += 2;
-    }
-    return m;
+    return util::HashSet<int>::OddPrimeFrom(std::max<size_t>(n | 1, 3));
 }
 
 ParticleHash::Key ParticleHash::KeyOf(const math::Vec2& point, math::real inverseSize) {

@@ -435,11 +435,6 @@ void Simulation::CalcForces() {
 }
 
 void Simulation::CalcBodyForces(const Vec2& g, float invDt, const AirSettings& air) {
-    const float lin = air.linear;
-    const float quad = air.quadratic;
-    const float rot = air.rotational;
-    const float rho = air.density;
-    const bool drag = air.drag;
     const bool airOn = airSwitch->Get();
     {
         VORRA_PROFILE("Body forces");
@@ -473,20 +468,21 @@ void Simulation::CalcBodyForces(const Vec2& g, float invDt, const AirSettings& a
             }
             const float totalArea = body.GetArea();
             const float average = airFactorSum / totalArea;
-            if (drag && !math::NearZero(speed) && widthSum > 0) {
-                const float c = std::min(average * widthSum * (lin + quad * speed), invDt * mass);
+            if (air.drag && !math::NearZero(speed) && widthSum > 0) {
+                const float c = std::min(average * widthSum * (air.linear + air.quadratic * speed),
+                                         invDt * mass);
                 const Vec2 dragForce = -c * body.velocity;
                 body.force += dragForce;
                 const Vec2 pressureCentre = pressureCentreSum / widthSum;
                 body.torque += Cross(pressureCentre - body.position, dragForce);
 
                 const float spin = std::fabs(body.angularVelocity);
-                const float t =
-                    std::min(mass * rot * spin * average, body.GetInertia() * spin * invDt);
+                const float t = std::min(mass * air.rotational * spin * average,
+                                         body.GetInertia() * spin * invDt);
                 body.torque -= std::copysign(t, body.angularVelocity);
             }
-            if (rho != 0) {
-                const Vec2 buoyancy = -(rho * totalArea) * g;
+            if (air.density != 0) {
+                const Vec2 buoyancy = -(air.density * totalArea) * g;
                 body.force += buoyancy;
                 body.torque += Cross(centroidSum / totalArea - body.position, buoyancy);
             }

@@ -154,7 +154,12 @@ public:
         if (m < 3) {
             return 3;
         }
-        m += 1;
+        return OddPrimeFrom(m + 1);
+    }
+
+    // The first prime from an odd start of at least 3; values of 8 or less are taken as
+    // they are.
+    static size_t OddPrimeFrom(size_t m) {
         while (m > 8 && HasOddDivisor(m)) {
             m += 2;
         }

@@ -6,10 +6,7 @@ BoxEntity::BoxEntity(util::SharedPtr<physics::Box> box)
     : FiniteGeomEntity("Box", box), m_box(box) {}
 
 EntityPtr BoxEntity::Clone() const {
-    util::SharedPtr<physics::Box> box(new physics::Box(*m_box));
-    EntityPtr clone(new BoxEntity(box));
-    clone->CopyAttributes(*this);
-    return clone;
+    return CloneWithGeom(*this, *m_box);
 }
 
 void BoxEntity::Serialize(AttributeMap& out) const {

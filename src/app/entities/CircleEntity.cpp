@@ -6,10 +6,7 @@ CircleEntity::CircleEntity(util::SharedPtr<physics::Circle> circle)
     : FiniteGeomEntity("Circle", circle), m_circle(circle) {}
 
 EntityPtr CircleEntity::Clone() const {
-    util::SharedPtr<physics::Circle> circle(new physics::Circle(*m_circle));
-    EntityPtr clone(new CircleEntity(circle));
-    clone->CopyAttributes(*this);
-    return clone;
+    return CloneWithGeom(*this, *m_circle);
 }
 
 void CircleEntity::Serialize(AttributeMap& out) const {

@@ -32,9 +32,6 @@ void Entity::Serialize(AttributeMap& out) const {
             out[variable->GetName()] = variable->GetValue();
         }
     }
-    out["color"] = script::ValueToObject(color->Get());
-    out["entityID"] = script::ValueToObject(entityID->Get());
-    out["zDepth"] = script::ValueToObject(zDepth->Get());
 }
 
 void Entity::Deserialize(const AttributeMap& in) {
@@ -66,15 +63,20 @@ void Entity::Deserialize(const AttributeMap& in) {
             color->SetNative(rgba);
         }
     }
-    float depth = 0;
-    if (ReadKey(in, "zDepth", depth)) {
-        zDepth->SetNative(depth);
-    }
 }
 
 void Entity::CopyAttributes(const Entity& source) {
-    color->SetNative(source.color->Get());
-    zDepth->SetNative(source.zDepth->Get());
+    // An attribute name belongs to one level of the class tree, so copying by name takes
+    // exactly what the two kinds share. The id stays the entity's own.
+    for (const script::VariablePtr& from : source.GetVariables()) {
+        if (!dynamic_cast<const script::AbstractAttrib*>(from.Get()) ||
+            from->GetName() == "entityID") {
+            continue;
+        }
+        if (const script::VariablePtr to = GetVariable(from->GetName())) {
+            to->SetValue(from->GetValue());
+        }
+    }
 }
 
 }  // namespace app

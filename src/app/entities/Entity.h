@@ -47,7 +47,8 @@ public:
     // Kinetic plus potential energy.
     virtual math::real GetEnergy() const { return 0; }
     bool Intersects(const math::BoundingBox2f& box) const { return GetBoundingBox().Overlaps(box); }
-    // Colour and depth; kinds add their own attributes when the source is of their kind.
+    // Every attribute the source's kind shares with this one (colour and depth always), as
+    // the script holds it; not the id.
     virtual void CopyAttributes(const Entity& source);
 
     bool IsTransforming() const { return m_transforming; }

@@ -44,16 +44,4 @@ math::real FiniteGeomEntity::GetEnergy() const {
            mass * -Dot(g, centre);
 }
 
-void FiniteGeomEntity::CopyAttributes(const Entity& source) {
-    GeomEntity::CopyAttributes(source);
-    if (const auto* other = dynamic_cast<const FiniteGeomEntity*>(&source)) {
-        density->SetNative(other->density->Get());
-        airFrictionMult->SetNative(other->airFrictionMult->Get());
-        controllerAcc->SetNative(other->controllerAcc->Get());
-        controllerReverseXY->SetNative(other->controllerReverseXY->Get());
-        controllerInvertX->SetNative(other->controllerInvertX->Get());
-        controllerInvertY->SetNative(other->controllerInvertY->Get());
-    }
-}
-
 }  // namespace app

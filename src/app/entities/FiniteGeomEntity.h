@@ -13,7 +13,6 @@ public:
 
     // Kinetic energy of the shape's own mass, with its rotation, plus its height energy.
     math::real GetEnergy() const override;
-    void CopyAttributes(const Entity& source) override;
 
     script::AttribPtr<float> density;
     script::AttribPtr<float> airFrictionMult;

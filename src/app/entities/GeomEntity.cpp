@@ -108,14 +108,4 @@ math::BoundingBox2f GeomEntity::GetBoundingBox() const {
     return m_geom->GetBoundingBox();
 }
 
-void GeomEntity::CopyAttributes(const Entity& source) {
-    Entity::CopyAttributes(source);
-    if (const auto* other = dynamic_cast<const GeomEntity*>(&source)) {
-        friction->SetNative(other->friction->Get());
-        restitution->SetNative(other->restitution->Get());
-        collideWater->SetNative(other->collideWater->Get());
-        collideSet->SetNative(other->collideSet->Get());
-    }
-}
-
 }  // namespace app

@@ -28,7 +28,6 @@ public:
     void Serialize(AttributeMap& out) const override;
     void Deserialize(const AttributeMap& in) override;
     math::BoundingBox2f GetBoundingBox() const override;
-    void CopyAttributes(const Entity& source) override;
 
     const physics::GeomPtr& GetGeom() const { return m_geom; }
     // The geom's owner as it is now, or null.
@@ -45,5 +44,14 @@ protected:
 private:
     mutable physics::BodyPtr m_body;
 };
+
+// A new entity of the source's kind around a loose copy of its geom, with the source's
+// attributes: the body of every Clone.
+template <class EntityKind, class GeomKind>
+EntityPtr CloneWithGeom(const EntityKind& source, const GeomKind& geom) {
+    EntityPtr clone(new EntityKind(util::SharedPtr<GeomKind>(new GeomKind(geom))));
+    clone->CopyAttributes(source);
+    return clone;
+}
 
 }  // namespace app

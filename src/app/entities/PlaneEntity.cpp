@@ -8,10 +8,7 @@ PlaneEntity::PlaneEntity(util::SharedPtr<physics::Plane> plane)
 }
 
 EntityPtr PlaneEntity::Clone() const {
-    util::SharedPtr<physics::Plane> plane(new physics::Plane(*m_plane));
-    EntityPtr clone(new PlaneEntity(plane));
-    clone->CopyAttributes(*this);
-    return clone;
+    return CloneWithGeom(*this, *m_plane);
 }
 
 }  // namespace app

@@ -11,10 +11,7 @@ PolyEntity::PolyEntity(physics::PolygonPtr polygon)
 }
 
 EntityPtr PolyEntity::Clone() const {
-    physics::PolygonPtr polygon(new physics::Polygon(*m_polygon));
-    EntityPtr clone(new PolyEntity(polygon));
-    clone->CopyAttributes(*this);
-    return clone;
+    return CloneWithGeom(*this, *m_polygon);
 }
 
 void PolyEntity::Serialize(AttributeMap& out) const {
