@@ -1,7 +1,13 @@
 #include "Shell.h"
 
+#include <algorithm>
 #include <iostream>
 
+#include <cstdlib>
+
+#include "app/FileInfo.h"
+#include "app/Scene.h"
+#include "app/Serializer.h"
 #include "logging/FunctionLogger.h"
 #include "logging/Logger.h"
 #include "physics/SPH.h"
@@ -16,7 +22,7 @@ namespace {
 constexpr unsigned kConsoleMask = 23;
 
 const char* const kHelp =
-    "Usage: vorra-shell [-e TEXT]... [FILE]...\n"
+    "Usage: vorra-shell [-e TEXT | --load PATH | --steps N | --save PATH]... [FILE]...\n"
     "\n"
     "Runs Vorra's script language without a window.\n"
     "\n"
@@ -28,8 +34,13 @@ const char* const kHelp =
     "\n"
     "The exit code is 0 once all input was read, even if entries failed.\n"
     "\n"
-    "  -e TEXT    run TEXT as one entry\n"
-    "  --help     show this text\n";
+    "  -e TEXT        run TEXT as one entry\n"
+    "  --load PATH    load a scene, as the program's load does\n"
+    "  --steps N      run N steps of the simulation, as if it were running\n"
+    "  --save PATH    write the scene, as the program's save does\n"
+    "  --help         show this text\n"
+    "\n"
+    "-e, --load, --steps and --save run in the order they are given.\n";
 
 }  // namespace
 
@@ -39,9 +50,11 @@ Shell::Shell(std::ostream& out) : m_out(out) {
     script::Parser::Get().SetErrorHandler(
         [this](const util::String& message) { m_out << message << std::endl; });
     // Objects that exist without a window are published to the root, in the program's
-    // order; the scene and its file information join as they are built.
+    // order; the serializer publishes the file information.
     script::AddToRoot(&physics::Simulation::Get());
     script::AddToRoot(&physics::SPH::Get());
+    script::AddToRoot(&app::Scene::Get());
+    app::Serializer::Get();
 }
 
 Shell::~Shell() = default;
@@ -58,29 +71,89 @@ void Shell::Run(const util::String& text) {
     logging::Logger::Get().Update();
 }
 
+void Shell::Load(const util::String& path) {
+    if (!app::Serializer::Get().Load(path)) {
+        m_out << "Couldn't load " << path << std::endl;
+    }
+    logging::Logger::Get().Update();
+}
+
+void Shell::Steps(long count) {
+    physics::Simulation& sim = physics::Simulation::Get();
+    script::Parser& parser = script::Parser::Get();
+    app::Scene& scene = app::Scene::Get();
+    const bool wasRunning = sim.running->Get();
+    sim.running->SetNative(true);
+    for (long i = 0; i < count; ++i) {
+        // One frame of one step: formulas, the entities, then the world.
+        parser.Update();
+        scene.Update(sim.timeDelta->Get());
+        sim.Step(true);
+    }
+    sim.running->SetNative(wasRunning);
+    logging::Logger::Get().Update();
+}
+
+void Shell::Save(const util::String& path) {
+    if (!app::Serializer::Get().Save(path)) {
+        m_out << "Couldn't save " << path << std::endl;
+    }
+    logging::Logger::Get().Update();
+}
+
 int RunShell(const std::vector<util::String>& arguments, std::istream& in, std::ostream& out) {
-    std::vector<util::String> texts;
+    // The ordered entries: what to do, and with what.
+    enum class Kind { Text, Load, Steps, Save };
+    std::vector<std::pair<Kind, util::String>> entries;
     std::vector<util::String> files;
+    const std::pair<const char*, Kind> options[] = {{"-e", Kind::Text},
+                                                    {"--load", Kind::Load},
+                                                    {"--steps", Kind::Steps},
+                                                    {"--save", Kind::Save}};
     for (size_t i = 0; i < arguments.size(); ++i) {
         const util::String& argument = arguments[i];
         if (argument == "--help" || argument == "-h") {
             out << kHelp;
             return 0;
         }
-        if (argument == "-e") {
-            if (i + 1 >= arguments.size()) {
-                out << "-e needs a text\n" << kHelp;
+        const auto option = std::find_if(std::begin(options), std::end(options),
+                                         [&](const auto& o) { return argument == o.first; });
+        if (option == std::end(options)) {
+            files.push_back(argument);
+            continue;
+        }
+        if (i + 1 >= arguments.size()) {
+            out << argument << " needs a value\n" << kHelp;
+            return 2;
+        }
+        const util::String& value = arguments[++i];
+        if (option->second == Kind::Steps) {
+            char* end = nullptr;
+            const long steps = std::strtol(value.c_str(), &end, 10);
+            if (value.empty() || *end != '\0' || steps < 0) {
+                out << "--steps needs a count, not \"" << value << "\"\n";
                 return 2;
             }
-            texts.push_back(arguments[++i]);
-        } else {
-            files.push_back(argument);
         }
+        entries.emplace_back(option->second, value);
     }
 
     Shell shell(out);
-    for (const util::String& text : texts) {
-        shell.Run(text);
+    for (const auto& [kind, value] : entries) {
+        switch (kind) {
+            case Kind::Text:
+                shell.Run(value);
+                break;
+            case Kind::Load:
+                shell.Load(value);
+                break;
+            case Kind::Steps:
+                shell.Steps(std::strtol(value.c_str(), nullptr, 10));
+                break;
+            case Kind::Save:
+                shell.Save(value);
+                break;
+        }
     }
     for (const util::String& file : files) {
         util::String text;
@@ -92,7 +165,7 @@ int RunShell(const std::vector<util::String>& arguments, std::istream& in, std::
         }
         shell.Run(text);
     }
-    if (texts.empty() && files.empty()) {
+    if (entries.empty() && files.empty()) {
         util::String line;
         while (std::getline(in, line)) {
             shell.Run(line);

@@ -23,12 +23,18 @@ public:
 
     // Runs one entry, then one frame's update.
     void Run(const util::String& text);
+    // The program's load and save of a scene file.
+    void Load(const util::String& path);
+    void Save(const util::String& path);
+    // Steps the simulation as if it were running, with the scene's update before each.
+    void Steps(long count);
 
 private:
     std::ostream& m_out;
 };
 
-// The command line: "-e TEXT" entries, then file arguments (one whole text each), else
+// The command line: "-e TEXT", "--load PATH", "--steps N" and "--save PATH" in their
+// order, then file arguments (one whole text each), else
 // each line of standard input. Returns the exit code.
 int RunShell(const std::vector<util::String>& arguments, std::istream& in, std::ostream& out);
 

@@ -18,6 +18,20 @@ inline bool NearZero(float x) {
     return std::fabs(x) < NearZeroLimit;
 }
 
+// Each component times the matching one of the scale.
+inline Vec2 ScaledBy(const Vec2& v, const Vec2& scale) {
+    return Vec2(v.x * scale.x, v.y * scale.y);
+}
+
+// Distance from the point to the segment from a to b.
+inline float PointSegmentDist(const Vec2& p, const Vec2& a, const Vec2& b) {
+    const Vec2 d = b - a;
+    const float lengthSq = d.SquaredLength();
+    float t = lengthSq > 0 ? Dot(p - a, d) / lengthSq : 0;
+    t = t < 0 ? 0 : (t > 1 ? 1 : t);
+    return (a + d * t - p).Length();
+}
+
 // Unit length, or exactly (0, 0) for a vector too short to divide by: a zero-length
 // direction must stay a harmless zero rather than become NaN.
 inline Vec2 Normalized(const Vec2& v) {

@@ -128,7 +128,11 @@ private:
 
 }  // namespace
 
-Polygon::Polygon(const math::Vec2List& worldPoints) {
+Polygon::Polygon(const math::Vec2List& worldPoints) : Polygon(worldPoints, false) {}
+
+Polygon::Polygon(const math::Vec2List& localPoints, KeepLocal) : Polygon(localPoints, true) {}
+
+Polygon::Polygon(const math::Vec2List& worldPoints, bool keepLocal) {
     // Consecutive repeats carry no edge; a closing copy of the first point neither.
     m_vertices.reserve(worldPoints.size());
     for (size_t i = 0; i < worldPoints.size(); ++i) {
@@ -171,8 +175,16 @@ Polygon::Polygon(const math::Vec2List& worldPoints) {
         std::reverse(m_vertices.begin(), m_vertices.end());
         area = -area;
     }
+    // Points about their centroid already keep their last bits; any others are moved.
+    float extent = 0;
     for (size_t i = 0; i < n; ++i) {
-        m_vertices[i] -= centroid;
+        extent = std::max(extent, std::fabs(m_vertices[i].x) + std::fabs(m_vertices[i].y));
+    }
+    const bool centred = std::fabs(centroid.x) + std::fabs(centroid.y) <= 1e-5f * extent;
+    if (!keepLocal || !centred) {
+        for (size_t i = 0; i < n; ++i) {
+            m_vertices[i] -= centroid;
+        }
     }
 
     float inertiaSum = 0;

@@ -42,6 +42,10 @@ public:
     // world vertices, counter-clockwise, placed at its centroid. Throws BadDataException for
     // fewer than three distinct points or crossing edges.
     explicit Polygon(const math::Vec2List& worldPoints);
+    // Points already in a local frame about their centroid, as a file keeps them: they stay
+    // as they are, so that writing the polygon again gives the same numbers.
+    struct KeepLocal {};
+    Polygon(const math::Vec2List& localPoints, KeepLocal);
     // Takes over the shape and all derived data; the maps are copied, not shared.
     Polygon(const Polygon& other);
     Polygon& operator=(const Polygon&) = delete;
@@ -103,6 +107,8 @@ public:
     math::real GetPerimeter() const { return m_perimeter; }
 
 private:
+    Polygon(const math::Vec2List& worldPoints, bool keepLocal);
+
     // Signed distance to an oriented box.
     static float BoxDist(const math::OBB2D& box, const math::Vec2& p) {
         const math::Vec2 q = p - box.centre;

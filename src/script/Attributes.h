@@ -29,6 +29,8 @@ public:
     void SetValue(ObjectPtr value) override;
 
     virtual bool IsDefault() const = 0;
+    // Back to the value the attribute was made with; a formula is replaced.
+    virtual void ResetToDefault() = 0;
     // Brings the native value up to date with the script value.
     virtual void Calc() = 0;
 
@@ -48,6 +50,7 @@ public:
         : AbstractAttrib(name, ValueToObject(def)), m_default(def) {}
 
     bool IsDefault() const override { return Get() == m_default; }
+    void ResetToDefault() override { SetNative(m_default); }
 
     void Calc() override {
         ObjectPtr result = CallIfNoArgs(GetValue());

@@ -1,5 +1,10 @@
 #include "app/entities/BoxEntity.h"
 
+#include <cmath>
+
+#include "math/MathUtil.h"
+#include "util/Exception.h"
+
 namespace app {
 
 BoxEntity::BoxEntity(util::SharedPtr<physics::Box> box)
@@ -7,6 +12,61 @@ BoxEntity::BoxEntity(util::SharedPtr<physics::Box> box)
 
 EntityPtr BoxEntity::Clone() const {
     return CloneWithGeom(*this, *m_box);
+}
+
+void BoxEntity::GetWorldCorners(math::Vec2 corners[4]) const {
+    m_box->GetWorldBox().GetCorners(corners);
+}
+
+EntityPtr BoxEntity::CloneScaled(float sx, float sy) const {
+    if (sx == 1 && sy == 1) {
+        return Clone();
+    }
+    const math::OBB2D& world = m_box->GetWorldBox();
+    const math::Vec2 scale(sx, sy);
+    const math::Vec2 a = math::ScaledBy(world.axis1 * world.halfExtents.x, scale);
+    const math::Vec2 b = math::ScaledBy(world.axis2 * world.halfExtents.y, scale);
+    const float la = a.Length();
+    const float lb = b.Length();
+    if (!(la > 0 && lb > 0)) {
+        VORRA_THROW(BadDataException, "Bad scale");
+    }
+    if (std::fabs(Dot(a / la, b / lb)) >= 0.0001f) {
+        math::Vec2 corners[4];
+        GetWorldCorners(corners);
+        math::Vec2List points;
+        for (const math::Vec2& corner : corners) {
+            points.push_back(math::ScaledBy(corner, scale));
+        }
+        return CloneAsPolygon(points);
+    }
+    // A mirror turns the frame around: the second axis then leads.
+    const bool mirrored = sx * sy < 0;
+    const math::Vec2 lead = mirrored ? b : a;
+    util::SharedPtr<physics::Box> box(
+        new physics::Box(mirrored ? math::Vec2(lb, la) : math::Vec2(la, lb)));
+    box->SetTransform(physics::Transform::FromAngle(std::atan2(lead.y, lead.x),
+                                                    math::ScaledBy(m_geom->GetPosition(), scale)));
+    EntityPtr clone(new BoxEntity(box));
+    clone->CopyAttributes(*this);
+    return clone;
+}
+
+bool BoxEntity::IntersectsLines(const physics::LineList& stroke) const {
+    math::Vec2 corners[4];
+    GetWorldCorners(corners);
+    return CountCrossings(corners, 4, stroke) == 2;
+}
+
+bool BoxEntity::IsInside(const physics::Polygon& polygon) const {
+    math::Vec2 corners[4];
+    GetWorldCorners(corners);
+    for (const math::Vec2& corner : corners) {
+        if (polygon.Dist(corner) > 0) {
+            return false;
+        }
+    }
+    return CountCrossings(corners, 4, polygon.GetWorldLines()) == 0;
 }
 
 void BoxEntity::Serialize(AttributeMap& out) const {
@@ -18,6 +78,9 @@ void BoxEntity::Deserialize(const AttributeMap& in) {
     FiniteGeomEntity::Deserialize(in);
     math::Vec2 size;
     if (ReadKey(in, "size", size)) {
+        if (!(size.x > 0 && size.y > 0 && math::IsFinite(size))) {
+            VORRA_THROW(BadDataException, "Bad box size");
+        }
         m_box->SetHalfExtents(size * 0.5f);
         m_box->RecalcGeoms();
     }

@@ -11,12 +11,19 @@ public:
     explicit BoxEntity(util::SharedPtr<physics::Box> box);
 
     EntityPtr Clone() const override;
+    // A box while the scaled axes stay square, otherwise a polygon of its corners.
+    EntityPtr CloneScaled(float sx, float sy) const override;
+    // Only a stroke that passes through: two crossings of the outline.
+    bool IntersectsLines(const physics::LineList& stroke) const override;
+    bool IsInside(const physics::Polygon& polygon) const override;
     void Serialize(AttributeMap& out) const override;
     void Deserialize(const AttributeMap& in) override;
 
     physics::Box& GetBox() const { return *m_box; }
 
 private:
+    void GetWorldCorners(math::Vec2 corners[4]) const;
+
     util::SharedPtr<physics::Box> m_box;
 };
 

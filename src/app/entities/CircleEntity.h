@@ -11,6 +11,12 @@ public:
     explicit CircleEntity(util::SharedPtr<physics::Circle> circle);
 
     EntityPtr Clone() const override;
+    // A circle under an even scale, otherwise a polygon around the ellipse.
+    EntityPtr CloneScaled(float sx, float sy) const override;
+    // A segment with one end inside counts once, one that passes through twice; at least
+    // two are wanted.
+    bool IntersectsLines(const physics::LineList& stroke) const override;
+    bool IsInside(const physics::Polygon& polygon) const override;
     void Serialize(AttributeMap& out) const override;
     void Deserialize(const AttributeMap& in) override;
 

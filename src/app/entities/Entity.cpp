@@ -1,5 +1,6 @@
 #include "app/entities/Entity.h"
 
+#include "app/Chain.h"
 #include "app/FileInfo.h"
 #include "app/entities/EntityColor.h"
 #include "logging/Log.h"
@@ -21,6 +22,10 @@ Entity::Entity(const util::String& reflectedName) : script::Reflected(reflectedN
 
 Entity::~Entity() = default;
 
+void Entity::SetChain(const ChainPtr& chain) {
+    m_chain = chain;
+}
+
 int Entity::PeekNextID() {
     return s_nextID;
 }
@@ -32,14 +37,19 @@ void Entity::Serialize(AttributeMap& out) const {
             out[variable->GetName()] = variable->GetValue();
         }
     }
+    if (m_chain) {
+        out["chain"] = script::ValueToObject(m_chain->GetNumber());
+        out["chainNr"] = script::ValueToObject(m_chain->GetIndex(this));
+    }
 }
 
 void Entity::Deserialize(const AttributeMap& in) {
     for (const script::VariablePtr& variable : GetVariables()) {
         const util::String& name = variable->GetName();
         const auto found = in.find(name);
-        // The colour's length depends on the file's version: read below.
-        if (found == in.end() || name == "color") {
+        // The colour's length depends on the file's version: read below. The id is the
+        // running program's; the file's id binds only within the file.
+        if (found == in.end() || name == "color" || name == "entityID") {
             continue;
         }
         // A value of the wrong type costs only its own key.

@@ -4,6 +4,7 @@
 #include "math/Real.h"
 #include "math/Vector2.h"
 #include "math/Vector4.h"
+#include "physics/Polygon.h"
 #include "physics/Transform.h"
 #include "script/Attributes.h"
 #include "script/Objects.h"
@@ -15,6 +16,8 @@ namespace app {
 
 class Entity;
 using EntityPtr = util::SharedPtr<Entity>;
+class Chain;
+using ChainPtr = util::SharedPtr<Chain>;
 // An entity's file keys and their values.
 using AttributeMap = util::HashMap<util::String, script::ObjectPtr>;
 
@@ -32,6 +35,10 @@ public:
     virtual void Update(math::real /*dt*/) {}
     // The point lies on the entity.
     virtual bool Contains(const math::Vec2& point) const = 0;
+    // The stroke, a list of segments, passes through the entity: the erase gesture.
+    virtual bool IntersectsLines(const physics::LineList& stroke) const = 0;
+    // The whole entity lies inside the polygon: the encircle gesture.
+    virtual bool IsInside(const physics::Polygon& polygon) const = 0;
     virtual void AddToSimulation() = 0;
     virtual void RemoveFromSimulation() = 0;
     virtual bool IsInSimulation() const { return true; }
@@ -55,6 +62,10 @@ public:
     // The next id to be drawn, for tests of the running counter.
     static int PeekNextID();
 
+    // The chain the entity is a link of, or null.
+    const ChainPtr& GetChain() const { return m_chain; }
+    void SetChain(const ChainPtr& chain);
+
     script::AttribPtr<int> entityID;
     script::AttribPtr<math::Vec4> color;
     script::AttribPtr<float> zDepth;
@@ -65,6 +76,7 @@ public:
 
 private:
     bool m_transforming = false;
+    ChainPtr m_chain;
 };
 
 // Reads a key that is there; false if it is missing. Conversion failures throw.

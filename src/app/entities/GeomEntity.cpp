@@ -1,5 +1,7 @@
 #include "app/entities/GeomEntity.h"
 
+#include "app/entities/PolyEntity.h"
+
 #include <cmath>
 
 #include "physics/Body.h"
@@ -76,7 +78,12 @@ void GeomEntity::Transform(const physics::Transform& transform) {
     if (!GetBody()) {
         return;
     }
+    MoveGeom(transform);
+}
+
+void GeomEntity::MoveGeom(const physics::Transform& transform) {
     m_geom->SetTransform(transform * m_geom->GetTransform());
+    // The owner recomputes its centre and mass from its geoms as they now lie.
     m_geom->RecalcGeoms();
 }
 
@@ -102,6 +109,24 @@ void GeomEntity::Deserialize(const AttributeMap& in) {
         m_geom->SetTransform(physics::Transform::FromAngle(angle, position));
         m_geom->RecalcGeoms();
     }
+}
+
+int GeomEntity::CountCrossings(const math::Vec2* outline, size_t count,
+                               const physics::LineList& stroke) {
+    int crossings = 0;
+    for (size_t i = 0; i < count; ++i) {
+        const physics::Line edge{outline[i], outline[(i + 1) % count]};
+        for (const physics::Line& segment : stroke) {
+            crossings += physics::Intersects(edge, segment) ? 1 : 0;
+        }
+    }
+    return crossings;
+}
+
+EntityPtr GeomEntity::CloneAsPolygon(const math::Vec2List& worldPoints) const {
+    EntityPtr clone(new PolyEntity(physics::PolygonPtr(new physics::Polygon(worldPoints))));
+    clone->CopyAttributes(*this);
+    return clone;
 }
 
 math::BoundingBox2f GeomEntity::GetBoundingBox() const {

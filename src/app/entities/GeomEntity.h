@@ -14,6 +14,9 @@ public:
 
     // A new entity of the same shape, place and attributes, not in the simulation.
     virtual EntityPtr Clone() const = 0;
+    // The same, with the shape scaled about the world origin along the world axes; a shape
+    // that cannot keep its kind under the scale comes back as a polygon.
+    virtual EntityPtr CloneScaled(float sx, float sy) const = 0;
 
     void Update(math::real dt) override;
     // On the shape or inside it.
@@ -25,6 +28,8 @@ public:
     bool IsInSimulation() const override;
     // Composes the transform onto the geom's place; nothing without a body.
     void Transform(const physics::Transform& transform) override;
+    // The same for a geom that is not placed in the world yet.
+    void MoveGeom(const physics::Transform& transform);
     void Serialize(AttributeMap& out) const override;
     void Deserialize(const AttributeMap& in) override;
     math::BoundingBox2f GetBoundingBox() const override;
@@ -39,6 +44,13 @@ public:
     script::AttribPtr<int> collideSet;
 
 protected:
+    // How many segments of the stroke cross the closed outline.
+    static int CountCrossings(const math::Vec2* outline, size_t count,
+                              const physics::LineList& stroke);
+    // The corners of a box or a scaled shape as a polygon entity with this one's
+    // attributes.
+    EntityPtr CloneAsPolygon(const math::Vec2List& worldPoints) const;
+
     physics::GeomPtr m_geom;
 
 private:

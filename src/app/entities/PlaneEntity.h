@@ -5,14 +5,25 @@
 
 namespace app {
 
-// A half plane, solid behind its normal. It collides with every set.
+// A half plane, solid behind its normal. It collides with every set. Its file keys
+// "normal" and "dist" place it, before any position and angle.
 class PlaneEntity : public GeomEntity {
 public:
     explicit PlaneEntity(util::SharedPtr<physics::Plane> plane);
 
     EntityPtr Clone() const override;
+    EntityPtr CloneScaled(float sx, float sy) const override;
+    // Some segment of the stroke has its ends on both sides.
+    bool IntersectsLines(const physics::LineList& stroke) const override;
+    // Never: a plane has no end.
+    bool IsInside(const physics::Polygon&) const override { return false; }
+    void Serialize(AttributeMap& out) const override;
+    void Deserialize(const AttributeMap& in) override;
 
     physics::Plane& GetPlane() const { return *m_plane; }
+
+    // The transform that puts the plane n . p + d = 0 in place.
+    static physics::Transform PlaceAt(const math::Vec2& normal, float dist);
 
 private:
     util::SharedPtr<physics::Plane> m_plane;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "math/MathUtil.h"
+
 namespace app {
 
 PolyEntity::PolyEntity(physics::PolygonPtr polygon)
@@ -12,6 +14,26 @@ PolyEntity::PolyEntity(physics::PolygonPtr polygon)
 
 EntityPtr PolyEntity::Clone() const {
     return CloneWithGeom(*this, *m_polygon);
+}
+
+EntityPtr PolyEntity::CloneScaled(float sx, float sy) const {
+    if (sx == 1 && sy == 1) {
+        return Clone();
+    }
+    math::Vec2List points;
+    for (const math::Vec2& vertex : m_polygon->GetWorldVertices()) {
+        points.push_back(math::ScaledBy(vertex, math::Vec2(sx, sy)));
+    }
+    return CloneAsPolygon(points);
+}
+
+bool PolyEntity::IntersectsLines(const physics::LineList& stroke) const {
+    const math::Vec2List& outline = m_polygon->GetWorldVertices();
+    return CountCrossings(outline.data(), outline.size(), stroke) > 1;
+}
+
+bool PolyEntity::IsInside(const physics::Polygon& polygon) const {
+    return physics::IsInside(*m_polygon, polygon);
 }
 
 void PolyEntity::Serialize(AttributeMap& out) const {

@@ -11,6 +11,10 @@ public:
     explicit PolyEntity(physics::PolygonPtr polygon);
 
     EntityPtr Clone() const override;
+    EntityPtr CloneScaled(float sx, float sy) const override;
+    // More than one crossing of the outline: the stroke passes through.
+    bool IntersectsLines(const physics::LineList& stroke) const override;
+    bool IsInside(const physics::Polygon& polygon) const override;
     void Serialize(AttributeMap& out) const override;
 
     physics::Polygon& GetPolygon() const { return *m_polygon; }

@@ -1,0 +1,95 @@
+#pragma once
+
+#include <map>
+#include <vector>
+
+#include "app/EntitySerializer.h"
+#include "app/Group.h"
+#include "physics/Forward.h"
+#include "script/Forward.h"
+#include "util/Pointee.h"
+#include "util/Singleton.h"
+#include "util/String.h"
+
+namespace app {
+
+class Chain;
+class GeomEntity;
+class JointEntity;
+
+// Scene files in both directions. A file is script text: loading executes it, and each
+// entity's line calls one of the scene's creator commands, which land here. While a file
+// loads, tables tie the file's numbers to what was made of them.
+class Serializer : public util::Pointee, public util::Singleton<Serializer> {
+public:
+    // Where the notice about files of a newer version sends the user.
+    static constexpr const char* kProductAddress = "https://vorra.org";
+
+    // Publishes FileInfo and gives the scene its creator commands.
+    Serializer();
+    ~Serializer() override;
+    Serializer(const Serializer&) = delete;
+    Serializer& operator=(const Serializer&) = delete;
+
+    // The whole scene as text.
+    util::String Serialize() const;
+    // A vorralet: the group's members alone.
+    util::String Serialize(const Group& group) const;
+    // Loads a text into the present scene; the entities it made, as a group. Old files are
+    // told apart by their first characters.
+    GroupPtr Deserialize(const util::String& text);
+    // Files from before the creator commands: blocks with a "type".
+    void DeserializeOld(const util::String& text);
+
+    // The program's load: a file that does not parse leaves the present scene untouched;
+    // otherwise the scene is cleared and the file loaded. False when nothing was loaded.
+    bool Load(const util::String& path);
+    // The program's save; the old file stays until the new one is whole.
+    bool Save(const util::String& path) const;
+
+    // The creators behind Scene.addPlane and the rest.
+    script::ObjectPtr AddPlane(const EntitySerializer& keys);
+    script::ObjectPtr AddCircle(const EntitySerializer& keys);
+    script::ObjectPtr AddPolygon(const EntitySerializer& keys);
+    script::ObjectPtr AddBox(const EntitySerializer& keys);
+    script::ObjectPtr AddFixjoint(const EntitySerializer& keys);
+    script::ObjectPtr AddHinge(const EntitySerializer& keys);
+    script::ObjectPtr AddSpring(const EntitySerializer& keys);
+    script::ObjectPtr AddPen(const EntitySerializer& keys);
+    script::ObjectPtr AddWater(const EntitySerializer& keys);
+    script::ObjectPtr AddGroup(const EntitySerializer& keys);
+    script::ObjectPtr AddWidget(const EntitySerializer& keys);
+
+    // The entities the latest load made.
+    const GroupPtr& GetCreated() const { return m_created; }
+
+private:
+    using Creator = script::ObjectPtr (Serializer::*)(const EntitySerializer&);
+
+    void ClearTables();
+    util::String Write(const std::vector<EntityPtr>& entities, bool wholeScene) const;
+    // The parts every geom line shares, once the entity exists.
+    script::ObjectPtr AddGeom(const util::SharedPtr<GeomEntity>& entity,
+                              const EntitySerializer& keys);
+    // Attaches the joint's ends from the file's ids and points, then reads its keys.
+    script::ObjectPtr AddJoint(const util::SharedPtr<JointEntity>& joint,
+                               const EntitySerializer& keys);
+    // Into the scene, the entity table, its chain and the created group.
+    void RegisterEntity(const EntityPtr& entity, const EntitySerializer& keys);
+    // Runs the creator of an old file's block by its type, in the given phase; false for
+    // a type of another phase.
+    bool CreateOld(const EntitySerializer& keys, int phase);
+
+    std::map<int, physics::GeomPtr> m_geomTable;
+    std::map<int, EntityPtr> m_entityTable;
+    std::map<int, physics::BodyPtr> m_bodyTable;
+    std::map<int, util::SharedPtr<Chain>> m_chainTable;
+    GroupPtr m_created;
+};
+
+// The adapter behind every creator command: the argument must be an inline function of no
+// arguments; its assignments become the keys.
+script::ObjectPtr Helper(script::ObjectPtr (Serializer::*creator)(const EntitySerializer&),
+                         script::ObjectPtr argument);
+
+}  // namespace app
