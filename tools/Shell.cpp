@@ -79,18 +79,7 @@ void Shell::Load(const util::String& path) {
 }
 
 void Shell::Steps(long count) {
-    physics::Simulation& sim = physics::Simulation::Get();
-    script::Parser& parser = script::Parser::Get();
-    app::Scene& scene = app::Scene::Get();
-    const bool wasRunning = sim.running->Get();
-    sim.running->SetNative(true);
-    for (long i = 0; i < count; ++i) {
-        // One frame of one step: formulas, the entities, then the world.
-        parser.Update();
-        scene.Update(sim.timeDelta->Get());
-        sim.Step(true);
-    }
-    sim.running->SetNative(wasRunning);
+    app::Scene::Get().RunSteps(count);
     logging::Logger::Get().Update();
 }
 

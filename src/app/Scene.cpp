@@ -17,6 +17,7 @@
 #include "physics/Particle.h"
 #include "physics/Shapes.h"
 #include "physics/Simulation.h"
+#include "script/Parser.h"
 #include "script/ValueConversions.h"
 #include "util/Assert.h"
 #include "util/Exception.h"
@@ -443,6 +444,19 @@ void Scene::Update(float dt) {
     for (const GroupPtr& group : empty) {
         m_groups.erase(group);
     }
+}
+
+void Scene::RunSteps(long count) {
+    physics::Simulation& sim = physics::Simulation::Get();
+    script::Parser& parser = script::Parser::Get();
+    const bool wasRunning = sim.running->Get();
+    sim.running->SetNative(true);
+    for (long i = 0; i < count; ++i) {
+        parser.Update();
+        Update(sim.timeDelta->Get());
+        sim.Step(true);
+    }
+    sim.running->SetNative(wasRunning);
 }
 
 void Scene::FinishLoading() {

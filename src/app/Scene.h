@@ -81,6 +81,9 @@ public:
     void FlushBodies();
     // Once a frame: entities update, those that lost their physics leave, empty groups go.
     void Update(float dt);
+    // Steps the world as if it were running, each step a frame of its own: formulas, the
+    // scene's update, then the step. For runs without a window.
+    void RunSteps(long count);
     // After a load: depths in order, unused bodies gone.
     void FinishLoading();
     // The view fits the scene, water included.

@@ -22,23 +22,6 @@ using app::EntityPtr;
 using math::Vec2;
 using physics::Simulation;
 
-class WorldEnvironment : public testing::Environment {
-public:
-    void SetUp() override {
-        physics::Simulation::Create();
-        physics::SPH::Create();
-        app::FileInfo::Create();
-    }
-    void TearDown() override {
-        app::FileInfo::Release();
-        physics::SPH::Release();
-        physics::Simulation::Release();
-    }
-};
-
-[[maybe_unused]] testing::Environment* const kWorldEnvironment =
-    testing::AddGlobalTestEnvironment(new WorldEnvironment);
-
 class EntityTest : public testing::Test {
 protected:
     void SetUp() override {

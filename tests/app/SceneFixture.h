@@ -1,0 +1,62 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include "app/FileInfo.h"
+#include "app/Scene.h"
+#include "app/Serializer.h"
+#include "app/entities/BoxEntity.h"
+#include "app/entities/CircleEntity.h"
+#include "app/entities/ControlInputs.h"
+#include "app/entities/PlaneEntity.h"
+#include "physics/Simulation.h"
+
+namespace test_app {
+
+// A fresh scene for every test, with helpers that build shapes as the tools would.
+class SceneTest : public testing::Test {
+protected:
+    void SetUp() override {
+        app::Scene::Get().New();
+        app::Scene::Get().SetModifierSource(nullptr);
+        app::ControlInputs::Get() = app::ControlInputs();
+        app::FileInfo::Get().version->SetNative(app::FileInfo::kCurrentVersion);
+    }
+    void TearDown() override { app::Scene::Get().Clear(); }
+
+    static app::Scene& GetScene() { return app::Scene::Get(); }
+
+    static util::SharedPtr<app::BoxEntity> AddBox(const math::Vec2& at,
+                                                  const math::Vec2& halfExtents = {0.5f, 0.5f},
+                                                  float angle = 0) {
+        util::SharedPtr<physics::Box> box(new physics::Box(halfExtents));
+        box->SetTransform(physics::Transform::FromAngle(angle, at));
+        util::SharedPtr<app::BoxEntity> entity(new app::BoxEntity(box));
+        GetScene().AddEntity(entity);
+        return entity;
+    }
+    static util::SharedPtr<app::CircleEntity> AddCircle(const math::Vec2& at, float radius) {
+        util::SharedPtr<physics::Circle> circle(new physics::Circle(radius));
+        circle->SetTransform(physics::Transform::FromAngle(0, at));
+        util::SharedPtr<app::CircleEntity> entity(new app::CircleEntity(circle));
+        GetScene().AddEntity(entity);
+        return entity;
+    }
+    // The floor, y = 0.
+    static util::SharedPtr<app::PlaneEntity> AddGround() {
+        util::SharedPtr<physics::Plane> plane(new physics::Plane());
+        plane->SetTransform(app::PlaneEntity::PlaceAt({0, 1}, 0));
+        util::SharedPtr<app::PlaneEntity> entity(new app::PlaneEntity(plane));
+        GetScene().AddEntity(entity);
+        return entity;
+    }
+
+    static util::String Save() { return app::Serializer::Get().Serialize(); }
+    // The program's load of a text: the scene cleared, then the text run.
+    static app::GroupPtr Reload(const util::String& text) {
+        GetScene().Clear();
+        return app::Serializer::Get().Deserialize(text);
+    }
+};
+
+}  // namespace test_app
