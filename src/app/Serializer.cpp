@@ -1,6 +1,7 @@
 #include "app/Serializer.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <type_traits>
 
@@ -337,8 +338,11 @@ bool Serializer::Save(const util::String& path) const {
             return false;
         }
     }
-    if (!util::FileSystem::Get().Rename(temporary, path)) {
-        Log(logging::Error, "Couldn't write scene file " + path);
+    // Replacing by a rename is all or nothing: no half-written file takes the old one's place.
+    std::error_code error;
+    std::filesystem::rename(temporary, path, error);
+    if (error) {
+        Log(logging::Error, "Couldn't write scene file " + path + ": " + error.message());
         util::FileSystem::Get().Remove(temporary);
         return false;
     }
@@ -353,7 +357,7 @@ void Serializer::ClearTables() {
     m_entityTable.clear();
     m_bodyTable.clear();
     m_chainTable.clear();
-    m_created->Clear();
+    // A new group: the caller may still hold the last one.
     m_created = GroupPtr(new Group());
 }
 

@@ -1,5 +1,7 @@
 #include "app/entities/PlaneEntity.h"
 
+#include <cmath>
+
 #include "math/MathUtil.h"
 #include "util/Exception.h"
 
@@ -15,7 +17,9 @@ EntityPtr PlaneEntity::Clone() const {
 }
 
 physics::Transform PlaneEntity::PlaceAt(const math::Vec2& normal, float dist) {
-    const math::Vec2 n = math::Normalized(normal);
+    // A unit normal stays as it is, so that a plane read back is the plane written.
+    const float length = normal.Length();
+    const math::Vec2 n = std::fabs(length - 1) < 1e-6f ? normal : math::Normalized(normal);
     if (n == math::Vec2(0, 0) || !std::isfinite(dist)) {
         VORRA_THROW(BadDataException, "Bad plane");
     }
@@ -45,13 +49,21 @@ bool PlaneEntity::IntersectsLines(const physics::LineList& stroke) const {
 
 void PlaneEntity::Serialize(AttributeMap& out) const {
     GeomEntity::Serialize(out);
-    out["normal"] = script::ValueToObject(m_plane->GetNormal());
-    out["dist"] = script::ValueToObject(m_plane->GetOffset());
+    // The plane as the written position and angle will make it again, so that its normal
+    // and offset read the same after every load.
+    const math::Vec2& rotation = m_plane->GetTransform().rotation;
+    physics::Plane placed;
+    placed.SetTransform(
+        physics::Transform::FromAngle(std::atan2(rotation.y, rotation.x), m_plane->GetPosition()));
+    out["normal"] = script::ValueToObject(placed.GetNormal());
+    out["dist"] = script::ValueToObject(placed.GetOffset());
 }
 
 void PlaneEntity::Deserialize(const AttributeMap& in) {
     GeomEntity::Deserialize(in);
-    // The normal and offset are exact where an angle is not: they win when both are there.
+    if (in.find("pos") != in.end() && in.find("angle") != in.end()) {
+        return;
+    }
     math::Vec2 normal;
     float dist = 0;
     if (ReadKey(in, "normal", normal) && ReadKey(in, "dist", dist)) {

@@ -6,7 +6,7 @@
 namespace app {
 
 // A half plane, solid behind its normal. It collides with every set. Its file keys
-// "normal" and "dist" place it, before any position and angle.
+// "normal" and "dist" place it where a file gives no position and angle.
 class PlaneEntity : public GeomEntity {
 public:
     explicit PlaneEntity(util::SharedPtr<physics::Plane> plane);
