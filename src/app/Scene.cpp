@@ -26,6 +26,16 @@ namespace app {
 
 namespace {
 
+// Takes the entity's physics out; a failure is reported and the entity is gone anyway.
+void RemoveFromSimulationGuarded(Entity& entity) {
+    try {
+        entity.RemoveFromSimulation();
+    } catch (const std::exception& e) {
+        Log(logging::Warning,
+            "Exception caught when removing entity from simulation:" + util::String(e.what()));
+    }
+}
+
 // Resets every attribute of the object to the value it was made with.
 void ResetAttributes(const script::ClassObject& object) {
     for (const script::VariablePtr& variable : object.GetVariables()) {
@@ -58,11 +68,7 @@ Scene::~Scene() {
         return;
     }
     for (const EntityPtr& entity : m_entities) {
-        try {
-            entity->RemoveFromSimulation();
-        } catch (const std::exception&) {
-            // Leaving anyway.
-        }
+        RemoveFromSimulationGuarded(*entity);
     }
 }
 
@@ -84,12 +90,7 @@ void Scene::RemoveEntity(const EntityPtr& entity) {
     for (const GroupPtr& group : groups) {
         group->Remove(entity);
     }
-    try {
-        entity->RemoveFromSimulation();
-    } catch (const std::exception& e) {
-        Log(logging::Warning,
-            "Exception caught when removing entity from simulation:" + util::String(e.what()));
-    }
+    RemoveFromSimulationGuarded(*entity);
 }
 
 std::vector<EntityPtr> Scene::GetEntitiesAt(const math::Vec2& point) const {
@@ -488,12 +489,7 @@ void Scene::Clear() {
     m_onClear.CallAll();
     m_camera->SetTrackedGroup(nullptr);
     for (const EntityPtr& entity : m_entities) {
-        try {
-            entity->RemoveFromSimulation();
-        } catch (const std::exception& e) {
-            Log(logging::Warning,
-                "Exception caught when removing entity from simulation:" + util::String(e.what()));
-        }
+        RemoveFromSimulationGuarded(*entity);
     }
     m_entities.clear();
     m_groups.clear();

@@ -69,11 +69,12 @@ util::String InlineFunction(const AttributeMap& keys) {
     return text;
 }
 
-// "Path.name = value" for every attribute of the object.
+// "Path.name = value" for every attribute of the object but the one left out.
 void WriteSettings(const script::ClassObject& object, const util::String& path,
-                   std::vector<util::String>& statements) {
+                   std::vector<util::String>& statements, const char* leftOut = "") {
     for (const script::VariablePtr& variable : object.GetVariables()) {
-        if (!dynamic_cast<const script::AbstractAttrib*>(variable.Get())) {
+        if (!dynamic_cast<const script::AbstractAttrib*>(variable.Get()) ||
+            variable->GetName() == leftOut) {
             continue;
         }
         const util::String code = Code(variable->GetValue());
@@ -187,14 +188,9 @@ util::String Serializer::Write(const std::vector<EntityPtr>& entities, bool whol
     physics::Simulation& sim = physics::Simulation::Get();
     std::vector<util::String> statements;
 
-    FileInfo& info = FileInfo::Get();
-    WriteSettings(info, "FileInfo", statements);
     // What is written now is the present format, whatever the file read had.
-    for (util::String& statement : statements) {
-        if (statement.rfind("FileInfo.version = ", 0) == 0) {
-            statement = "FileInfo.version = " + std::to_string(FileInfo::kCurrentVersion);
-        }
-    }
+    WriteSettings(FileInfo::Get(), "FileInfo", statements, "version");
+    statements.push_back("FileInfo.version = " + std::to_string(FileInfo::kCurrentVersion));
     if (wholeScene) {
         WriteSettings(scene.GetCamera(), "Scene." + scene.GetCamera().GetReflectedName(),
                       statements);
@@ -471,10 +467,8 @@ script::ObjectPtr Serializer::AddPlane(const EntitySerializer& keys) {
 }
 
 script::ObjectPtr Serializer::AddCircle(const EntitySerializer& keys) {
+    // The entity's reader checks the value; the key must be there.
     const float radius = keys.GetFloat("radius");
-    if (!(radius > 0 && std::isfinite(radius))) {
-        VORRA_THROW(BadDataException, "Bad circle radius");
-    }
     return AddGeom(util::SharedPtr<GeomEntity>(new CircleEntity(
                        util::SharedPtr<physics::Circle>(new physics::Circle(radius)))),
                    keys);
@@ -487,10 +481,8 @@ script::ObjectPtr Serializer::AddPolygon(const EntitySerializer& keys) {
 }
 
 script::ObjectPtr Serializer::AddBox(const EntitySerializer& keys) {
+    // The entity's reader checks the value; the key must be there.
     const math::Vec2 size = keys.GetVec2("size");
-    if (!(size.x > 0 && size.y > 0 && math::IsFinite(size))) {
-        VORRA_THROW(BadDataException, "Bad box size");
-    }
     return AddGeom(util::SharedPtr<GeomEntity>(
                        new BoxEntity(util::SharedPtr<physics::Box>(new physics::Box(size * 0.5f)))),
                    keys);

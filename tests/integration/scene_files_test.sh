@@ -12,6 +12,7 @@ count=0
 for scene in "$scenes"/*.vra; do
   name=$(basename "$scene" .vra)
   "$shell" --load "$scene" --save "$work/$name.1.vra" >"$work/out" || fail "$name: exit code"
+  cmp -s "$scene" "$work/$name.1.vra" || fail "$name: the shipped text is not what a save writes"
   [ ! -s "$work/out" ] || fail "$name: loading said something"
   "$shell" --load "$work/$name.1.vra" --save "$work/$name.2.vra" >"$work/out"
   cmp -s "$work/$name.1.vra" "$work/$name.2.vra" || fail "$name: text changed on the way round"

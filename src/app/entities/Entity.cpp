@@ -4,6 +4,7 @@
 #include "app/FileInfo.h"
 #include "app/entities/EntityColor.h"
 #include "logging/Log.h"
+#include "math/MathUtil.h"
 #include "script/Variable.h"
 
 namespace app {
@@ -21,6 +22,15 @@ Entity::Entity(const util::String& reflectedName) : script::Reflected(reflectedN
 }
 
 Entity::~Entity() = default;
+
+bool StrokePassesNear(const physics::LineList& stroke, const math::Vec2& point, float radius) {
+    for (const physics::Line& segment : stroke) {
+        if (math::PointSegmentDist(point, segment.a, segment.b) <= radius) {
+            return true;
+        }
+    }
+    return false;
+}
 
 void Entity::SetChain(const ChainPtr& chain) {
     m_chain = chain;

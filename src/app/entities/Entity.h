@@ -79,6 +79,10 @@ private:
     ChainPtr m_chain;
 };
 
+// Some segment of the stroke passes within the radius of the point: the erase test of
+// everything small and round.
+bool StrokePassesNear(const physics::LineList& stroke, const math::Vec2& point, float radius);
+
 // Reads a key that is there; false if it is missing. Conversion failures throw.
 template <class T>
 bool ReadKey(const AttributeMap& in, const util::String& key, T& out) {

@@ -65,10 +65,8 @@ void HingeEntity::EndTransform() {
     Attach(points);
 }
 
-void HingeEntity::Update(math::real) {
-    if (!IsTransforming()) {
-        UpdateWorldPoints();
-    }
+void HingeEntity::Update(math::real dt) {
+    JointEntity::Update(dt);
     if (!m_hinge) {
         return;
     }

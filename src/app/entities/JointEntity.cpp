@@ -35,6 +35,13 @@ bool JointEntity::IsInSimulation() const {
     return GeomInSimulation(m_geom0) && GeomInSimulation(m_geom1);
 }
 
+void JointEntity::Update(math::real) {
+    // While the user moves it, the points of record are the world points.
+    if (!IsTransforming()) {
+        UpdateWorldPoints();
+    }
+}
+
 void JointEntity::Transform(const physics::Transform& transform) {
     m_world0 = transform.Apply(m_world0);
     m_world1 = transform.Apply(m_world1);
@@ -45,12 +52,7 @@ bool JointEntity::Contains(const math::Vec2& point) const {
 }
 
 bool JointEntity::IntersectsLines(const physics::LineList& stroke) const {
-    for (const physics::Line& segment : stroke) {
-        if (math::PointSegmentDist(m_world0, segment.a, segment.b) <= size->Get() / 2) {
-            return true;
-        }
-    }
-    return false;
+    return StrokePassesNear(stroke, m_world0, size->Get() / 2);
 }
 
 bool JointEntity::IsInside(const physics::Polygon& polygon) const {

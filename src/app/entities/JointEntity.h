@@ -23,6 +23,8 @@ public:
     // Makes the physics object anew from the geoms and points.
     virtual void Rebuild() = 0;
 
+    // The world points follow the geoms, except while transforming.
+    void Update(math::real dt) override;
     // Both geoms set and both in the simulation.
     bool IsInSimulation() const override;
     // Moves the world points only: the geoms are what they are.

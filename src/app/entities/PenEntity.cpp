@@ -72,13 +72,7 @@ bool PenEntity::Contains(const math::Vec2& point) const {
 }
 
 bool PenEntity::IntersectsLines(const physics::LineList& stroke) const {
-    const math::Vec2 at = GetWorldPoint();
-    for (const physics::Line& segment : stroke) {
-        if (math::PointSegmentDist(at, segment.a, segment.b) <= size->Get() / 2) {
-            return true;
-        }
-    }
-    return false;
+    return StrokePassesNear(stroke, GetWorldPoint(), size->Get() / 2);
 }
 
 bool PenEntity::IsInside(const physics::Polygon& polygon) const {

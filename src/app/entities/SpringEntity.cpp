@@ -69,12 +69,6 @@ bool SpringEntity::IsInSimulation() const {
            physics::Simulation::Get().GetJoints().count(physics::JointPtr(m_spring)) != 0;
 }
 
-void SpringEntity::Update(math::real) {
-    if (!IsTransforming()) {
-        UpdateWorldPoints();
-    }
-}
-
 bool SpringEntity::Contains(const math::Vec2& point) const {
     const math::Vec2 axis = m_world1 - m_world0;
     const float lengthSq = axis.SquaredLength();

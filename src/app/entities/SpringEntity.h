@@ -17,7 +17,6 @@ public:
     void AddToSimulation() override;
     void RemoveFromSimulation() override;
     bool IsInSimulation() const override;
-    void Update(math::real dt) override;
     // Near the segment between the ends, strictly between them.
     bool Contains(const math::Vec2& point) const override;
     bool IntersectsLines(const physics::LineList& stroke) const override;
