@@ -18,6 +18,7 @@
 #include "physics/SPH.h"
 #include "physics/Simulation.h"
 #include "script/Parser.h"
+#include "util/Pointee.h"
 
 namespace {
 
@@ -114,6 +115,10 @@ void BM_LoadScene(benchmark::State& state) {
     for (auto _ : state) {
         app::Scene::Get().Clear();
         app::Serializer::Get().Deserialize(text);
+        // What the next frame does after a load: free the handles of the objects gone.
+        state.PauseTiming();
+        util::SweepHandles();
+        state.ResumeTiming();
     }
     state.counters["entities"] = static_cast<double>(app::Scene::Get().GetEntities().size());
     state.counters["particles"] =

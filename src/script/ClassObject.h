@@ -13,7 +13,9 @@ namespace script {
 // output is sorted. Names are resolved by walking up the owners.
 class ClassObject : public Object {
 public:
-    using VariableMap = std::map<util::String, VariablePtr>;
+    // The nodes come from the pool: every object carries one map, entities a dozen names.
+    using VariableMap = std::map<util::String, VariablePtr, std::less<util::String>,
+                                 util::PoolAllocator<std::pair<const util::String, VariablePtr>>>;
 
     ClassObject();
     ~ClassObject() override;

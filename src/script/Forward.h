@@ -63,11 +63,12 @@ using IdentifierPtr = util::SharedPtr<Identifier>;
 using CodeBlockPtr = util::SharedPtr<CodeBlock>;
 using BlockPtr = util::SharedPtr<Block>;
 using ListDeclarationPtr = util::SharedPtr<ListDeclaration>;
-using ExpressionList = std::vector<ExpressionPtr>;
+// Trees and values hold many short lists: their arrays come from the small-object pool.
+using ExpressionList = std::vector<ExpressionPtr, util::PoolAllocator<ExpressionPtr>>;
 using InfixPtr = util::SharedPtr<Infix>;
 
 using ObjectPtr = util::SharedPtr<Object>;
-using ObjectList = std::vector<ObjectPtr>;
+using ObjectList = std::vector<ObjectPtr, util::PoolAllocator<ObjectPtr>>;
 using AbstractFunctionPtr = util::SharedPtr<AbstractFunction>;
 using FunctionPtr = util::SharedPtr<Function>;
 using ListPtr = util::SharedPtr<List>;

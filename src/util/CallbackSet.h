@@ -39,7 +39,7 @@ public:
     // remove it again, or let the owner's death end it.
     Pointer Add(const WeakPtr<Pointee>& owner, Function function) {
         Pointer callback(new CallbackType(owner, std::move(function)));
-        Add(callback);
+        m_callbacks.InsertNew(callback);
         return callback;
     }
     void Remove(const Pointer& callback) { m_callbacks.erase(callback); }
@@ -64,11 +64,7 @@ public:
 
     // Not needed for correctness, CallAll skips dead callbacks anyway; this frees them.
     void Flush() override {
-        m_callbacks.ForEach([this](const Pointer& callback) {
-            if (!callback || callback->IsDead()) {
-                m_callbacks.erase(callback);
-            }
-        });
+        m_callbacks.EraseIf([](const Pointer& callback) { return !callback || callback->IsDead(); });
     }
 
     size_t size() const { return m_callbacks.size(); }

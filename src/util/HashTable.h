@@ -8,6 +8,7 @@
 
 #include "util/Assert.h"
 #include "util/Hasher.h"
+#include "util/SmallObjectPool.h"
 
 namespace util {
 
@@ -17,7 +18,8 @@ namespace util {
 template <class Entry, class Key, class KeyOf, class Hasher>
 class HashTable {
 public:
-    using Bucket = std::vector<Entry>;
+    // Buckets are small and made by the thousand: their arrays come from the pool.
+    using Bucket = std::vector<Entry, PoolAllocator<Entry>>;
     using Table = std::vector<Bucket>;
 
     template <class TableRef, class EntryRef>

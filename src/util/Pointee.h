@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "util/SafeDelete.h"
+#include "util/SmallObjectPool.h"
 #include "util/String.h"
 
 namespace util {
@@ -29,6 +30,13 @@ public:
     Pointee& operator=(const Pointee&) { return *this; }
     // Destructors may throw: SafeDelete catches and logs, so a release always completes.
     virtual ~Pointee() noexcept(false);
+
+    // Every shared object comes from the small-object pool; the deleting destructor passes
+    // the size of the object's own class.
+    static void* operator new(size_t size) { return SmallObjectPool::Allocate(size); }
+    static void operator delete(void* memory, size_t size) noexcept {
+        SmallObjectPool::Free(memory, size);
+    }
 
     PointeeHandle* GetHandle() const { return m_handle; }
 

@@ -42,6 +42,18 @@ public:
         InsertImpl(x);
     }
 
+    // For an element known to be absent (just made): the same as insert without the scan,
+    // which is what keeps filling a large set linear.
+    void InsertNew(T x) {
+        if (IsLocked()) {
+            m_modificationList.push_back(Modification{Modification::Insert, std::move(x)});
+            return;
+        }
+        CODE_ASSERT(m_modificationList.empty());
+        CODE_ASSERT(!IsLocked());
+        m_items.push_back(std::move(x));
+    }
+
     void erase(const T& x) {
         if (IsLocked()) {
             m_modificationList.push_back(Modification{Modification::Erase, x});
@@ -109,6 +121,34 @@ public:
         for (size_t i = 0; i < count; ++i) {
             f(m_items[i]);
         }
+    }
+
+    // Erases every element the predicate holds for, keeping the order of the rest: the
+    // same as erasing them one by one, in one pass when no walk is in progress.
+    template <class Pred>
+    void EraseIf(Pred&& pred) {
+        if (IsLocked()) {
+            for (const T& item : m_items) {
+                if (pred(item)) {
+                    m_modificationList.push_back(Modification{Modification::Erase, item});
+                }
+            }
+            return;
+        }
+        CODE_ASSERT(m_modificationList.empty());
+        std::vector<T> removed;
+        size_t kept = 0;
+        for (size_t i = 0; i < m_items.size(); ++i) {
+            if (pred(m_items[i])) {
+                removed.push_back(std::move(m_items[i]));
+            } else {
+                if (kept != i) {
+                    m_items[kept] = std::move(m_items[i]);
+                }
+                ++kept;
+            }
+        }
+        m_items.resize(kept);
     }
 
     size_t size() const { return m_items.size(); }
