@@ -17,6 +17,7 @@
 #include "physics/Particle.h"
 #include "physics/SPH.h"
 #include "physics/Simulation.h"
+#include "script/Expressions.h"
 #include "script/Parser.h"
 #include "util/Pointee.h"
 
@@ -125,9 +126,20 @@ void BM_LoadScene(benchmark::State& state) {
         static_cast<double>(physics::Simulation::Get().GetParticles().size());
 }
 
+// The text alone: tokens and tree, made and freed, with nothing run.
+void BM_ParseScene(benchmark::State& state) {
+    MakeServices();
+    BuildScene(static_cast<int>(state.range(0)));
+    const util::String text = app::Serializer::Get().Serialize();
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(script::Parser::Get().Parse(text).Get());
+    }
+}
+
 // The argument is the number of polygons: each builds its distance map when it is made.
 BENCHMARK(BM_SaveScene)->Arg(500)->Arg(0)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_LoadScene)->Arg(500)->Arg(0)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_ParseScene)->Arg(0)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 
 }  // namespace
 

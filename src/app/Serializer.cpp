@@ -365,20 +365,34 @@ bool IsOldFormat(const util::String& text) {
 
 }  // namespace
 
-GroupPtr Serializer::Deserialize(const util::String& text) {
+void Serializer::BeginReading() {
     ClearTables();
     const physics::BodyPtr& ground = physics::Simulation::Get().GetWorldBody();
     m_bodyTable[static_cast<int>(ground->GetID())] = ground;
     // Each file says its own version; one that says none is of the oldest kind.
     FileInfo::Get().version->SetNative(0);
+}
+
+GroupPtr Serializer::EndReading() {
+    Scene::Get().FinishLoading();
+    return m_created;
+}
+
+GroupPtr Serializer::Deserialize(const util::String& text) {
+    BeginReading();
     if (IsOldFormat(text)) {
         Log(logging::Info, "Old (pre beta 4) file type detected");
         DeserializeOld(text);
     } else {
         script::Parser::Get().Execute(text);
     }
-    Scene::Get().FinishLoading();
-    return m_created;
+    return EndReading();
+}
+
+GroupPtr Serializer::Deserialize(const script::CodeBlockPtr& tree) {
+    BeginReading();
+    script::Parser::Get().Execute(script::ExpressionPtr(tree));
+    return EndReading();
 }
 
 bool Serializer::Load(const util::String& path) {
@@ -389,13 +403,22 @@ bool Serializer::Load(const util::String& path) {
         Log(logging::Error, "Couldn't load scene " + path + ": " + util::String(e.what()));
         return false;
     }
-    // A text that does not parse would load nothing: the scene in hand stays.
-    if (!IsOldFormat(text) && !script::Parser::Get().Parse(text)) {
-        return false;
+    // A text that does not parse would load nothing: the scene in hand stays. The tree
+    // parsed for the check is the one that runs.
+    script::CodeBlockPtr tree;
+    if (!IsOldFormat(text)) {
+        tree = script::Parser::Get().Parse(text);
+        if (!tree) {
+            return false;
+        }
     }
     Scene::Get().Clear();
     FileInfo::Get().SetFileName(path);
-    Deserialize(text);
+    if (tree) {
+        Deserialize(tree);
+    } else {
+        Deserialize(text);
+    }
     return true;
 }
 

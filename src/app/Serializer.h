@@ -38,6 +38,8 @@ public:
     // Loads a text into the present scene; the entities it made, as a group. Old files are
     // told apart by their first characters.
     GroupPtr Deserialize(const util::String& text);
+    // The same for a text of the present kind that is parsed already.
+    GroupPtr Deserialize(const script::CodeBlockPtr& tree);
     // Files from before the creator commands: blocks with a "type".
     void DeserializeOld(const util::String& text);
 
@@ -67,6 +69,9 @@ private:
     using Creator = script::ObjectPtr (Serializer::*)(const EntitySerializer&);
 
     void ClearTables();
+    // What every load does before and after running its text.
+    void BeginReading();
+    GroupPtr EndReading();
     util::String Write(const std::vector<EntityPtr>& entities, bool wholeScene) const;
     // The parts every geom line shares, once the entity exists.
     script::ObjectPtr AddGeom(const util::SharedPtr<GeomEntity>& entity,

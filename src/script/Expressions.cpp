@@ -3,6 +3,7 @@
 #include <algorithm>
 #include "script/ObjectCast.h"
 
+#include <charconv>
 #include <cmath>
 #include <exception>
 #include <locale>
@@ -99,11 +100,12 @@ util::String Literal<double>::ToCode() const {
     if (std::isinf(m_value)) {
         return m_value > 0 ? "+inf" : "-inf";
     }
-    std::ostringstream out;
-    out.imbue(std::locale::classic());
-    out.precision(16);
-    out << m_value;
-    util::String text = out.str();
+    // The shortest form of the default stream format at this precision, without a
+    // locale: to_chars writes what printf's %.16g writes.
+    char buffer[32];
+    const std::to_chars_result written =
+        std::to_chars(buffer, buffer + sizeof buffer, m_value, std::chars_format::general, 16);
+    util::String text(buffer, written.ptr);
     if (text.find('.') == util::String::npos) {
         text += ".0";
     }

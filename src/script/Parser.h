@@ -55,6 +55,12 @@ public:
     void ReportError(const util::String& message) const { m_errorHandler(message); }
 
     static void ParserAssert(bool condition, const util::String& message);
+    // The common case of a fixed message: no string is built unless the check fails.
+    static void ParserAssert(bool condition, const char* message) {
+        if (!condition) {
+            ParserAssert(false, util::String(message));
+        }
+    }
 
 private:
     CodeBlockPtr ParseStatements(const ScopePtr& scope, TokenIt& it);

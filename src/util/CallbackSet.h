@@ -64,7 +64,8 @@ public:
 
     // Not needed for correctness, CallAll skips dead callbacks anyway; this frees them.
     void Flush() override {
-        m_callbacks.EraseIf([](const Pointer& callback) { return !callback || callback->IsDead(); });
+        m_callbacks.EraseIf(
+            [](const Pointer& callback) { return !callback || callback->IsDead(); });
     }
 
     size_t size() const { return m_callbacks.size(); }

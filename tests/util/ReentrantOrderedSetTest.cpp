@@ -67,6 +67,26 @@ TEST(ReentrantOrderedSet, EraseKeepsTheOrderOfTheOthers) {
     EXPECT_TRUE(set.empty());
 }
 
+TEST(ReentrantOrderedSet, EraseIfAndInsertNewMatchTheOneByOneOperations) {
+    auto set = Make({1, 2, 3, 4, 5, 6});
+    set.EraseIf([](int x) { return x % 2 == 0; });
+    EXPECT_EQ((std::vector<int>{1, 3, 5}), Contents(set));
+    set.InsertNew(7);
+    EXPECT_EQ((std::vector<int>{1, 3, 5, 7}), Contents(set));
+
+    // During a walk both wait for its end, as insert and erase do.
+    std::vector<int> seen;
+    set.ForEach([&](int x) {
+        seen.push_back(x);
+        if (x == 1) {
+            set.EraseIf([](int y) { return y > 4; });
+            set.InsertNew(9);
+        }
+    });
+    EXPECT_EQ((std::vector<int>{1, 3, 5, 7}), seen);
+    EXPECT_EQ((std::vector<int>{1, 3, 9}), Contents(set));
+}
+
 TEST(ReentrantOrderedSetWalk, ErasingALaterElementStillVisitsIt) {
     auto set = Make({1, 2, 3});
     std::vector<int> seen;
