@@ -24,26 +24,22 @@ void Undoer::AddDone(const ActionPtr& action) {
 }
 
 void Undoer::Undo() {
-    if (m_undoStack.empty()) {
-        return;
-    }
-    const ActionPtr action = m_undoStack.back();
-    m_undoStack.pop_back();
-    action->Undo();
-    m_redoStack.push_back(action);
-    Trim(m_redoStack);
-    Changed();
+    Shift(m_undoStack, m_redoStack, &Action::Undo);
 }
 
 void Undoer::Redo() {
-    if (m_redoStack.empty()) {
+    Shift(m_redoStack, m_undoStack, &Action::Redo);
+}
+
+void Undoer::Shift(Stack& from, Stack& to, void (Action::*step)()) {
+    if (from.empty()) {
         return;
     }
-    const ActionPtr action = m_redoStack.back();
-    m_redoStack.pop_back();
-    action->Redo();
-    m_undoStack.push_back(action);
-    Trim(m_undoStack);
+    const ActionPtr action = from.back();
+    from.pop_back();
+    (action.Get()->*step)();
+    to.push_back(action);
+    Trim(to);
     Changed();
 }
 

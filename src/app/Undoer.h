@@ -48,6 +48,8 @@ public:
     util::CallbackSet& GetOnChange() { return m_onChange; }
 
 private:
+    // Takes the top action of one stack through the step onto the other.
+    void Shift(Stack& from, Stack& to, void (Action::*step)());
     void Trim(Stack& stack) const;
     void Changed();
 
