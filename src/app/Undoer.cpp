@@ -11,9 +11,7 @@ Undoer::~Undoer() = default;
 void Undoer::Do(const ActionPtr& action) {
     m_redoStack.clear();
     action->Do();
-    m_undoStack.push_back(action);
-    TrimStacks();
-    Changed();
+    AddDone(action);
 }
 
 void Undoer::AddDone(const ActionPtr& action) {

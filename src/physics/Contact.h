@@ -8,7 +8,6 @@
 #include "physics/Constraint.h"
 #include "physics/Forward.h"
 #include "physics/SolverRows.h"
-#include "util/Recycler.h"
 
 namespace physics {
 
@@ -22,12 +21,6 @@ public:
     // simulated time and the contact regularisation of the last solve.
     Contact(Geom* a, Geom* b, size_t index, const math::Vec2& p, const math::Vec2& n, float d);
     ~Contact() override;
-
-    // Thousands are made and dropped each step.
-    static void* operator new(size_t size) { return util::Recycler<Contact>::Allocate(size); }
-    static void operator delete(void* memory, size_t size) {
-        util::Recycler<Contact>::Free(memory, size);
-    }
 
     // Takes the time of first touch and the accumulated impulses; the contact is no
     // longer new.

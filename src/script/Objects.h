@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "script/Forward.h"
-#include "util/Recycler.h"
 
 namespace script {
 
@@ -74,12 +73,6 @@ class Value : public Object {
 public:
     explicit Value(const T& value) : Object(ValueKind<T>()), m_value(value) {}
     explicit Value(T&& value) : Object(ValueKind<T>()), m_value(std::move(value)) {}
-
-    // Every operation of a formula makes one, each frame.
-    static void* operator new(size_t size) { return util::Recycler<Value>::Allocate(size); }
-    static void operator delete(void* memory, size_t size) {
-        util::Recycler<Value>::Free(memory, size);
-    }
 
     const T& GetValue() const { return m_value; }
 

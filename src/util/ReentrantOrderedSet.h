@@ -50,7 +50,6 @@ public:
             return;
         }
         CODE_ASSERT(m_modificationList.empty());
-        CODE_ASSERT(!IsLocked());
         m_items.push_back(std::move(x));
     }
 
