@@ -4,10 +4,13 @@
 #include <iostream>
 
 #include <cstdlib>
+#include <filesystem>
 
+#include "app/Actions.h"
 #include "app/FileInfo.h"
 #include "app/Scene.h"
 #include "app/Serializer.h"
+#include "app/Undoer.h"
 #include "logging/FunctionLogger.h"
 #include "logging/Logger.h"
 #include "physics/SPH.h"
@@ -42,7 +45,29 @@ const char* const kHelp =
     "\n"
     "-e, --load, --steps and --save run in the order they are given.\n";
 
+// A path as the user typed it, relative to where the shell started; a bare name that names
+// no file here is left to the program's rule, which looks in the scene folder.
+util::String UserPath(const util::String& path) {
+    std::error_code error;
+    if (!std::filesystem::exists(path, error)) {
+        return path;
+    }
+    const std::filesystem::path absolute = std::filesystem::absolute(path, error);
+    return error ? path : util::String(absolute.string());
+}
+
 }  // namespace
+
+ShellApp::ShellApp() : script::Reflected("App") {
+    AddAttrib(
+        maxUndo, "maxUndo", [] { return app::Undoer::Get().GetMaxUndo(); },
+        [](const int& limit) { app::Undoer::Get().SetMaxUndo(limit); },
+        app::Undoer::kDefaultMaxUndo);
+    AddCommand("undo", [] { app::Undoer::Get().Undo(); });
+    AddCommand("redo", [] { app::Undoer::Get().Redo(); });
+}
+
+ShellApp::~ShellApp() = default;
 
 Shell::Shell(std::ostream& out) : m_out(out) {
     logging::Logger::Get().Add(new logging::FunctionLogger(
@@ -54,6 +79,7 @@ Shell::Shell(std::ostream& out) : m_out(out) {
     script::AddToRoot(&physics::Simulation::Get());
     script::AddToRoot(&physics::SPH::Get());
     script::AddToRoot(&app::Scene::Get());
+    script::AddToRoot(script::ReflectedPtr(new ShellApp()));
     app::Serializer::Get();
 }
 
@@ -72,7 +98,13 @@ void Shell::Run(const util::String& text) {
 }
 
 void Shell::Load(const util::String& path) {
-    if (!app::Serializer::Get().Load(path)) {
+    // As the program opens a file, the load is a step of the history, which App.undo takes
+    // back. The program pauses the simulation first; here it runs only on --steps, so
+    // nothing needs pausing and the scene before the load comes back as it was.
+    const util::SharedPtr<app::SceneLoader> loader(
+        new app::SceneLoader("UndoLoadScene", false, UserPath(path)));
+    app::Undoer::Get().Do(loader);
+    if (!loader->HasLoaded()) {
         m_out << "Couldn't load " << path << std::endl;
     }
     logging::Logger::Get().Update();

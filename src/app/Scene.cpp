@@ -455,7 +455,7 @@ void Scene::RunSteps(long count) {
     for (long i = 0; i < count; ++i) {
         parser.Update();
         Update(sim.timeDelta->Get());
-        sim.Step(true);
+        sim.StepTimed(true);
     }
     sim.running->SetNative(wasRunning);
 }

@@ -192,9 +192,7 @@ util::String Serializer::Write(const std::vector<EntityPtr>& entities, bool whol
     WriteSettings(FileInfo::Get(), "FileInfo", statements, "version");
     statements.push_back("FileInfo.version = " + std::to_string(FileInfo::kCurrentVersion));
     if (wholeScene) {
-        WriteSettings(scene.GetCamera(), "Scene." + scene.GetCamera().GetReflectedName(),
-                      statements);
-        WriteSettings(sim, "Sim", statements);
+        WriteSceneSettings(statements);
     }
 
     // Geometry first, so that joints find their geoms when the file is read.
@@ -277,37 +275,12 @@ util::String Serializer::Write(const std::vector<EntityPtr>& entities, bool whol
     }
 
     if (wholeScene) {
-        // Named groups by name, then unnamed ones by their first member.
-        std::vector<std::pair<util::String, std::vector<int>>> groups;
-        for (const GroupPtr& group : scene.GetGroups()) {
-            if (group == scene.GetSelection() || group == tracked) {
-                continue;
-            }
-            std::vector<int> ids;
-            for (const EntityPtr& member : group->GetEntities()) {
-                const auto found = entityIDs.find(member.Get());
-                if (found != entityIDs.end()) {
-                    ids.push_back(found->second);
-                }
-            }
-            if (!ids.empty()) {
-                std::sort(ids.begin(), ids.end());
-                groups.emplace_back(group->GetName(), std::move(ids));
-            }
-        }
-        std::sort(groups.begin(), groups.end());
-        for (const auto& [name, ids] : groups) {
-            AttributeMap keys;
-            script::ObjectList list;
-            for (int id : ids) {
-                list.push_back(script::ValueToObject(id));
-            }
-            keys["entityIDs"] = script::ObjectPtr(new script::List(std::move(list)));
-            if (!name.empty()) {
-                keys["name"] = script::ValueToObject(name);
-            }
-            statements.push_back("Scene.addGroup(" + InlineFunction(keys) + ")");
-        }
+        WriteGroups(
+            [&entityIDs](const Entity* entity) {
+                const auto found = entityIDs.find(entity);
+                return found == entityIDs.end() ? -1 : found->second;
+            },
+            statements);
     }
 
     util::String text = wholeScene ? "// Vorra scene created by " : "// Vorralet created by ";
@@ -318,6 +291,49 @@ util::String Serializer::Write(const std::vector<EntityPtr>& entities, bool whol
         text += i + 1 < statements.size() ? ";\n" : "\n";
     }
     return text;
+}
+
+void Serializer::WriteSceneSettings(std::vector<util::String>& statements) const {
+    const Scene& scene = Scene::Get();
+    WriteSettings(scene.GetCamera(), "Scene." + scene.GetCamera().GetReflectedName(), statements);
+    WriteSettings(physics::Simulation::Get(), "Sim", statements);
+}
+
+void Serializer::WriteGroups(const std::function<int(const Entity*)>& idOf,
+                             std::vector<util::String>& statements) const {
+    const Scene& scene = Scene::Get();
+    const GroupPtr& tracked = scene.GetCamera().GetTrackedGroup();
+    // Named groups by name, then unnamed ones by their first member.
+    std::vector<std::pair<util::String, std::vector<int>>> groups;
+    for (const GroupPtr& group : scene.GetGroups()) {
+        if (group == scene.GetSelection() || group == tracked) {
+            continue;
+        }
+        std::vector<int> ids;
+        for (const EntityPtr& member : group->GetEntities()) {
+            const int id = idOf(member.Get());
+            if (id >= 0) {
+                ids.push_back(id);
+            }
+        }
+        if (!ids.empty()) {
+            std::sort(ids.begin(), ids.end());
+            groups.emplace_back(group->GetName(), std::move(ids));
+        }
+    }
+    std::sort(groups.begin(), groups.end());
+    for (const auto& [name, ids] : groups) {
+        AttributeMap keys;
+        script::ObjectList list;
+        for (int id : ids) {
+            list.push_back(script::ValueToObject(id));
+        }
+        keys["entityIDs"] = script::ObjectPtr(new script::List(std::move(list)));
+        if (!name.empty()) {
+            keys["name"] = script::ValueToObject(name);
+        }
+        statements.push_back("Scene.addGroup(" + InlineFunction(keys) + ")");
+    }
 }
 
 bool Serializer::Save(const util::String& path) const {
@@ -395,31 +411,46 @@ GroupPtr Serializer::Deserialize(const script::CodeBlockPtr& tree) {
     return EndReading();
 }
 
-bool Serializer::Load(const util::String& path) {
-    util::String text;
+bool Serializer::Read(const util::String& path, SceneText& out) const {
     try {
-        text = util::FileSystem::Get().ReadTextFile(path);
+        out.text = util::FileSystem::Get().ReadTextFile(path);
     } catch (const std::exception& e) {
         Log(logging::Error, "Couldn't load scene " + path + ": " + util::String(e.what()));
         return false;
     }
-    // A text that does not parse would load nothing: the scene in hand stays. The tree
-    // parsed for the check is the one that runs.
-    script::CodeBlockPtr tree;
-    if (!IsOldFormat(text)) {
-        tree = script::Parser::Get().Parse(text);
-        if (!tree) {
+    // The tree parsed for the check is the one that runs.
+    out.tree = script::CodeBlockPtr();
+    if (!IsOldFormat(out.text)) {
+        out.tree = script::Parser::Get().Parse(out.text);
+        if (!out.tree) {
             return false;
         }
     }
+    return true;
+}
+
+GroupPtr Serializer::Deserialize(const SceneText& scene) {
+    return scene.tree ? Deserialize(scene.tree) : Deserialize(scene.text);
+}
+
+bool Serializer::Load(const util::String& path) {
+    // A text that does not parse would load nothing: the scene in hand stays.
+    SceneText scene;
+    if (!Read(path, scene)) {
+        return false;
+    }
     Scene::Get().Clear();
     FileInfo::Get().SetFileName(path);
-    if (tree) {
-        Deserialize(tree);
-    } else {
-        Deserialize(text);
-    }
+    Deserialize(scene);
     return true;
+}
+
+void Serializer::BeginRestoring() {
+    ClearTables();
+}
+
+void Serializer::RegisterRestored(const EntityPtr& entity) {
+    m_entityTable[entity->entityID->Get()] = entity;
 }
 
 void Serializer::RegisterEntity(const EntityPtr& entity, const EntitySerializer& keys) {

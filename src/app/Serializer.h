@@ -1,11 +1,13 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <vector>
 
 #include "app/EntitySerializer.h"
 #include "app/Group.h"
 #include "physics/Forward.h"
+#include "script/Expressions.h"
 #include "script/Forward.h"
 #include "util/Pointee.h"
 #include "util/Singleton.h"
@@ -43,6 +45,15 @@ public:
     // Files from before the creator commands: blocks with a "type".
     void DeserializeOld(const util::String& text);
 
+    // A scene file as read and checked: its parsed tree, or for a file of the old kind its
+    // text alone.
+    struct SceneText {
+        util::String text;
+        script::CodeBlockPtr tree;
+    };
+    // False, with the reason reported, for a file that cannot be read or does not parse.
+    bool Read(const util::String& path, SceneText& out) const;
+    GroupPtr Deserialize(const SceneText& scene);
     // The program's load: a file that does not parse leaves the present scene untouched;
     // otherwise the scene is cleared and the file loaded. False when nothing was loaded.
     bool Load(const util::String& path);
@@ -61,6 +72,18 @@ public:
     script::ObjectPtr AddWater(const EntitySerializer& keys);
     script::ObjectPtr AddGroup(const EntitySerializer& keys);
     script::ObjectPtr AddWidget(const EntitySerializer& keys);
+
+    // Statements as a whole-scene file has them, for snapshots too: the settings of the
+    // camera and the simulation, and one "Scene.addGroup" per group with members, naming
+    // them by the numbers idOf gives (a member without one, -1, is left out).
+    void WriteSceneSettings(std::vector<util::String>& statements) const;
+    void WriteGroups(const std::function<int(const Entity*)>& idOf,
+                     std::vector<util::String>& statements) const;
+
+    // A restore puts entities back without a file: the tables start empty, and each entity
+    // is entered under its own id, so that statements naming entities by id find them.
+    void BeginRestoring();
+    void RegisterRestored(const EntityPtr& entity);
 
     // The entities the latest load made.
     const GroupPtr& GetCreated() const { return m_created; }

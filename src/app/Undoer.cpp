@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "app/Actions.h"
+
 namespace app {
 
 Undoer::Undoer() = default;
@@ -19,6 +21,12 @@ void Undoer::AddDone(const ActionPtr& action) {
     m_undoStack.push_back(action);
     TrimStacks();
     Changed();
+}
+
+void Undoer::AddSnapshotStep(const SnapshotPtr& before, const char* label) {
+    // Redo goes first: its snapshots may hold the last references to erased entities.
+    m_redoStack.clear();
+    AddDone(ActionPtr(new SnapshotRestorer(label, before, SnapshotPtr(new Snapshot()))));
 }
 
 void Undoer::Undo() {

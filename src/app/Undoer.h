@@ -3,6 +3,7 @@
 #include <deque>
 
 #include "app/Action.h"
+#include "app/Snapshot.h"
 #include "util/CallbackSet.h"
 #include "util/Singleton.h"
 
@@ -26,6 +27,9 @@ public:
     void Do(const ActionPtr& action);
     // A step whose change has happened already: pushed without calling Do.
     void AddDone(const ActionPtr& action);
+    // The change from the snapshot to the scene as it is now, which has happened already:
+    // redo is gone, and the step goes on the undo stack with a snapshot of now.
+    void AddSnapshotStep(const SnapshotPtr& before, const char* label);
     // Each does nothing on an empty stack.
     void Undo();
     void Redo();

@@ -28,6 +28,10 @@ public:
 
     // Creation order, the same in every run: the simulation walks its links by it.
     uint64_t GetSerial() const { return m_serial; }
+    // A link made anew in place of an earlier one, as a restore makes it, takes the earlier
+    // one's place in that order. Only while the link is in no simulation: the simulation's
+    // sets are ordered by it.
+    void SetSerial(uint64_t serial) { m_serial = serial; }
 
 private:
     GeomPtr m_geomA;

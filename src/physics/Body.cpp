@@ -17,9 +17,47 @@ void Body::UpdateTransforms() {
     angle = WrappedAngle(angle);
     m_transform = Transform::FromAngle(angle, position);
     m_inverseTransform = m_transform.Inverted();
+    PlaceGeoms();
+}
+
+void Body::PlaceGeoms() {
     for (const PlacedGeom& bp : m_placedGeoms) {
         bp.geom->SetTransform(m_transform * bp.placed);
     }
+}
+
+Body::State Body::GetState() const {
+    return State{m_placedGeoms,   m_transform, m_inverseTransform, m_mass,   m_massInv, m_inertia,
+                 m_inertiaInv,    m_area,      position,           velocity, force,     angle,
+                 angularVelocity, torque,      IsStatic()};
+}
+
+bool Body::SetState(const State& state) {
+    if (state.placedGeoms.size() != m_geoms.size()) {
+        return false;
+    }
+    for (const PlacedGeom& placed : state.placedGeoms) {
+        if (!m_geoms.Contains(placed.geom) || placed.geom->GetBodyPtr().Get() != this) {
+            return false;
+        }
+    }
+    m_placedGeoms = state.placedGeoms;
+    m_transform = state.transform;
+    m_inverseTransform = state.inverseTransform;
+    m_mass = state.mass;
+    m_massInv = state.massInv;
+    m_inertia = state.inertia;
+    m_inertiaInv = state.inertiaInv;
+    m_area = state.area;
+    position = state.position;
+    velocity = state.velocity;
+    force = state.force;
+    angle = state.angle;
+    angularVelocity = state.angularVelocity;
+    torque = state.torque;
+    SetStatic(state.isStatic);
+    PlaceGeoms();
+    return true;
 }
 
 bool Body::IsBad() const {

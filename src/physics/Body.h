@@ -25,6 +25,27 @@ public:
         Transform placedInverse;
     };
 
+    // Everything a step reads of the body, exactly: the motion, the frame the geom set gave
+    // it and the geoms' places in that frame. A body set back to it goes on bit for bit as
+    // it went on from the moment it was taken, which a rebuild from the geoms cannot promise.
+    struct State {
+        std::vector<PlacedGeom> placedGeoms;
+        Transform transform;
+        Transform inverseTransform;
+        math::real mass = 0;
+        math::real massInv = 0;
+        math::real inertia = 0;
+        math::real inertiaInv = 0;
+        math::real area = 0;
+        math::Vec2 position{0, 0};
+        math::Vec2 velocity{0, 0};
+        math::Vec2 force{0, 0};
+        math::real angle = 0;
+        math::real angularVelocity = 0;
+        math::real torque = 0;
+        bool isStatic = false;
+    };
+
     Body() = default;
     // Geoms have one owner each, so a body is not copied.
     Body(const Body&) = delete;
@@ -49,6 +70,11 @@ public:
     // Rebuilds from the present set, so that a change of density or size takes effect.
     void RecalcGeoms();
 
+    State GetState() const;
+    // Takes the state back when the body holds exactly the state's geoms, and places them;
+    // otherwise changes nothing and answers false.
+    bool SetState(const State& state);
+
     const GeomSet& GetGeoms() const { return m_geoms; }
     const std::vector<PlacedGeom>& GetPlacedGeoms() const { return m_placedGeoms; }
     // Body space to world space, and back.
@@ -56,6 +82,8 @@ public:
     const Transform& GetInverseTransform() const { return m_inverseTransform; }
 
 private:
+    // Each geom by body transform times placed transform.
+    void PlaceGeoms();
     // Mass, inertia and their inverses all 1: the state of a body without geoms.
     void SetUnitMass();
 

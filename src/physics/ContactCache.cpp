@@ -125,6 +125,16 @@ void ContactCache::Rebuild(std::vector<ContactPtr>& contacts) {
     m_entryCount = distinct;
 }
 
+void ContactCache::Restore(const std::vector<ContactPtr>& contacts) {
+    std::vector<ContactPtr> held(contacts);
+    // The bucket count as Match would have grown it for this many keys.
+    while (held.size() >= m_bucketCount) {
+        m_bucketCount = util::HashSet<size_t>::NextBucketCount(m_bucketCount);
+    }
+    Rebuild(held);
+    m_matchCount = 0;
+}
+
 void ContactCache::Clear() {
     m_held.clear();
     m_entries.clear();

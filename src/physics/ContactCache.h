@@ -33,6 +33,10 @@ public:
     // This step's contacts, as the last Match took them.
     const std::vector<ContactPtr>& GetContacts() const { return m_held; }
 
+    // Makes the cache hold exactly these contacts, as if a step had just found them: a
+    // restored scene matches its next step against the contacts it had.
+    void Restore(const std::vector<ContactPtr>& contacts);
+
     // Empties every bucket and zeroes the counters; the bucket count stays.
     void Clear();
 

@@ -41,6 +41,19 @@ public:
     void SetImpulseLimit(math::real limit) { m_impulseLimit = limit; }
     math::real GetDistanceLimit() const { return m_distanceLimit; }
     void SetDistanceLimit(math::real limit) { m_distanceLimit = limit; }
+    // What carries from one step into the next: the warm start and whether it broke.
+    struct WarmState {
+        math::Vec2 impulse{0, 0};
+        math::real motorImpulse = 0;
+        bool broken = false;
+    };
+    WarmState GetWarmState() const { return {m_accumulated, m_motorImpulse, m_broken}; }
+    void SetWarmState(const WarmState& state) {
+        m_accumulated = state.impulse;
+        m_motorImpulse = state.motorImpulse;
+        m_broken = state.broken;
+    }
+
     bool IsBroken() const { return m_broken; }
 
     const math::Vec2& GetImpulse() const { return m_accumulated; }

@@ -50,6 +50,18 @@ public:
 
     // A fixed start for the jitter's random stream, for runs that must repeat.
     void SeedJitter(uint32_t seed);
+    // Where the jitter's stream stands, so that a restored world draws what it drew.
+    struct JitterState {
+        util::Random random;
+        math::real spareNormal = 0;
+        bool hasSpareNormal = false;
+    };
+    JitterState GetJitterState() const { return {m_random, m_spareNormal, m_hasSpareNormal}; }
+    void SetJitterState(const JitterState& state) {
+        m_random = state.random;
+        m_spareNormal = state.spareNormal;
+        m_hasSpareNormal = state.hasSpareNormal;
+    }
 
     script::AttribPtr<float> radius;
     script::AttribPtr<float> influence;

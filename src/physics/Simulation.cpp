@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <limits>
+#include <unordered_map>
 
 #include "logging/Log.h"
 #include "math/MathUtil.h"
@@ -129,6 +131,21 @@ void Simulation::AddBody(BodyPtr body) {
     body->UpdateTransforms();
     body->SetInWorld(true);
     m_bodies.push_back(std::move(body));
+}
+
+void Simulation::RestoreBodyOrder(const BodyList& order) {
+    std::unordered_map<const Body*, size_t> rank;
+    rank.reserve(order.size());
+    for (size_t i = 0; i < order.size(); ++i) {
+        rank.emplace(order[i].Get(), i);
+    }
+    const auto rankOf = [&rank](const BodyPtr& body) {
+        const auto found = rank.find(body.Get());
+        return found == rank.end() ? std::numeric_limits<size_t>::max() : found->second;
+    };
+    std::stable_sort(
+        m_bodies.begin(), m_bodies.end(),
+        [&rankOf](const BodyPtr& a, const BodyPtr& b) { return rankOf(a) < rankOf(b); });
 }
 
 BodyPtr Simulation::AddBodyOf(const GeomPtr& geom) {
@@ -273,10 +290,9 @@ void Simulation::Update(double frameSeconds) {
         const float h = timeDelta->Get();
         while (m_accumulated > 0) {
             const double stepStart = util::Clock::Seconds();
-            Step(running->Get());
+            StepTimed(running->Get());
             const double stepEnd = util::Clock::Seconds();
             m_accumulated = static_cast<float>(m_accumulated) - h;
-            m_simulatedTime = static_cast<float>(m_simulatedTime) + h;
             const double now = util::Clock::Seconds();
             if ((now - loopStart) + frameSeconds + (stepEnd - stepStart) > m_maxUpdateSeconds) {
                 break;
@@ -322,6 +338,12 @@ void Simulation::AppendCounts() {
     m_status += util::LexicalCast<util::String>(springCount) + " springs\n";
     m_status += util::LexicalCast<util::String>(hingeCount) + " hinges\n";
     m_status += "Running at " + util::LexicalCast<util::String>(1 / timeDelta->Get()) + " Hz\n";
+}
+
+void Simulation::StepTimed(bool simulate) {
+    Step(simulate);
+    // Summed in single precision, as the time of every run must come out the same.
+    m_simulatedTime = static_cast<float>(m_simulatedTime) + timeDelta->Get();
 }
 
 void Simulation::Step(bool simulate) {

@@ -45,6 +45,8 @@ public:
     // One step of timeDelta; a step that does not simulate still finds the contacts, so
     // that the cache survives a pause.
     void Step(bool simulate);
+    // A step as Update makes it: the simulated time moves on by timeDelta.
+    void StepTimed(bool simulate);
 
     // A body already in the list is left where it is.
     void AddBody(BodyPtr body);
@@ -67,6 +69,16 @@ public:
     // Back to the world body alone, with no links or water, at time 0. Attributes keep
     // their values.
     void Clear();
+
+    // For restoring a captured world: the time, the order of the bodies (those listed first,
+    // in the list's order; any other after them as they stand) and the contact cache. A
+    // world brought back to the captured bodies, order and contacts steps on exactly as
+    // it did.
+    void SetSimulatedTime(double time) { m_simulatedTime = time; }
+    void RestoreBodyOrder(const BodyList& order);
+    void RestoreContacts(const std::vector<ContactPtr>& contacts) {
+        m_contactCache.Restore(contacts);
+    }
 
     const BodyList& GetBodies() const { return m_bodies; }
     const JointSet& GetJoints() const { return m_joints; }

@@ -8,6 +8,7 @@
 #include "app/entities/BoxEntity.h"
 #include "app/entities/CircleEntity.h"
 #include "app/entities/ControlInputs.h"
+#include "app/entities/HingeEntity.h"
 #include "app/entities/PlaneEntity.h"
 #include "physics/Simulation.h"
 
@@ -41,6 +42,14 @@ protected:
         util::SharedPtr<app::CircleEntity> entity(new app::CircleEntity(circle));
         GetScene().AddEntity(entity);
         return entity;
+    }
+    // Attached as the hinge tool attaches: to what lies under each point.
+    static util::SharedPtr<app::HingeEntity> AddHinge(const math::Vec2& a, const math::Vec2& b) {
+        util::SharedPtr<app::HingeEntity> hinge(new app::HingeEntity(0.3f));
+        const math::Vec2 points[2] = {a, b};
+        hinge->Attach(points);
+        GetScene().AddEntity(hinge);
+        return hinge;
     }
     // The floor, y = 0.
     static util::SharedPtr<app::PlaneEntity> AddGround() {

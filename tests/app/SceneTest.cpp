@@ -21,14 +21,6 @@ using math::Vec2;
 using physics::Simulation;
 using test_app::SceneTest;
 
-util::SharedPtr<app::HingeEntity> AddHinge(const Vec2& a, const Vec2& b) {
-    util::SharedPtr<app::HingeEntity> hinge(new app::HingeEntity(0.3f));
-    const Vec2 points[2] = {a, b};
-    hinge->Attach(points);
-    app::Scene::Get().AddEntity(hinge);
-    return hinge;
-}
-
 util::SharedPtr<app::FixJointEntity> AddFix(const Vec2& a, const Vec2& b) {
     util::SharedPtr<app::FixJointEntity> fix(new app::FixJointEntity(0.3f));
     const Vec2 points[2] = {a, b};

@@ -13,7 +13,7 @@ for scene in "$scenes"/*.vra; do
   name=$(basename "$scene" .vra)
   "$shell" --load "$scene" --save "$work/$name.1.vra" >"$work/out" || fail "$name: exit code"
   cmp -s "$scene" "$work/$name.1.vra" || fail "$name: the shipped text is not what a save writes"
-  [ ! -s "$work/out" ] || fail "$name: loading said something"
+  [ "$(cat "$work/out")" = "Loaded scene $scene" ] || fail "$name: loading said more than that"
   "$shell" --load "$work/$name.1.vra" --save "$work/$name.2.vra" >"$work/out"
   cmp -s "$work/$name.1.vra" "$work/$name.2.vra" || fail "$name: text changed on the way round"
   for run in a b; do
@@ -35,6 +35,14 @@ grep -q "Scene.addBox" "$work/empty.vra" && fail "the clear ran after the save"
 grep -q "pos = \[0.0, 5.0\]" "$work/box.vra" || fail "the box was not saved"
 grep -q "Scene.addBox" "$work/dropped.vra" || fail "the box was not loaded"
 grep -q "pos = \[0.0, 5.0\]" "$work/dropped.vra" && fail "the box did not fall"
+
+# A load is a step of the history: App.undo brings back the scene before it, App.redo the
+# load again.
+"$shell" -e 'Scene.addCircle({radius = 1.0; pos = [3.0, 5.0]; angle = 0.0})' --steps 10 \
+  --save "$work/before.vra" --load "$work/box.vra" -e 'App.undo' --save "$work/undone.vra" \
+  -e 'App.redo' --save "$work/redone.vra" >"$work/out" || fail "undo of a load"
+cmp -s "$work/before.vra" "$work/undone.vra" || fail "undoing the load did not bring the scene back"
+cmp -s "$work/box.vra" "$work/redone.vra" || fail "redoing the load did not load the file again"
 
 # A file that does not parse leaves the scene that was there.
 printf 'Scene.addBox({size = [1.0, 1.0]; pos = [(0.0, 5.0]' >"$work/broken.vra"

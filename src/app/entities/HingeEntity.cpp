@@ -126,4 +126,19 @@ void HingeEntity::Deserialize(const AttributeMap& in) {
     }
 }
 
+JointEntity::LinkState HingeEntity::GetLinkState() const {
+    if (!m_hinge) {
+        return {};
+    }
+    LinkState state = GetAnchorState(*m_hinge);
+    state.warm = m_hinge->GetWarmState();
+    return state;
+}
+
+void HingeEntity::SetLinkState(const LinkState& state) {
+    if (m_hinge && SetAnchorState(*m_hinge, state)) {
+        m_hinge->SetWarmState(state.warm);
+    }
+}
+
 }  // namespace app

@@ -18,6 +18,8 @@ public:
     void AddToSimulation() override;
     void RemoveFromSimulation() override;
     bool IsInSimulation() const override;
+    LinkState GetLinkState() const override;
+    void SetLinkState(const LinkState& state) override;
     // Moved by the user, it takes hold of what lies under it.
     void EndTransform() override;
     // Follows the geoms and hands the motor settings and the buttons to the hinge.

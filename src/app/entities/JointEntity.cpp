@@ -124,4 +124,29 @@ bool JointEntity::IsBackground() const {
     return m_geom0 == ground || m_geom1 == ground;
 }
 
+JointEntity::LinkState JointEntity::GetAnchorState(const physics::AnchorPair& link) const {
+    LinkState state;
+    state.valid = true;
+    state.serial = link.GetSerial();
+    state.anchorA = link.GetLocalAnchorA();
+    state.anchorB = link.GetLocalAnchorB();
+    return state;
+}
+
+bool JointEntity::SetAnchorState(physics::AnchorPair& link, const LinkState& state) {
+    if (!state.valid || link.GetGeomA() != m_geom0 || link.GetGeomB() != m_geom1) {
+        return false;
+    }
+    // The simulation's sets are ordered by the serial: out, renumbered, back in.
+    const bool listed = IsInSimulation();
+    RemoveFromSimulation();
+    link.SetSerial(state.serial);
+    link.SetLocalAnchorA(state.anchorA);
+    link.SetLocalAnchorB(state.anchorB);
+    if (listed) {
+        AddToSimulation();
+    }
+    return true;
+}
+
 }  // namespace app

@@ -2,6 +2,7 @@
 
 #include "app/entities/Entity.h"
 #include "physics/Forward.h"
+#include "physics/Hinge.h"
 
 namespace app {
 
@@ -42,6 +43,20 @@ public:
     // Sets the ends directly, by local points, and rebuilds.
     void SetEnds(const physics::GeomPtr& geom0, const math::Vec2& local0,
                  const physics::GeomPtr& geom1, const math::Vec2& local1);
+    // The physics link's state that outlives a step: its place in the simulation's order,
+    // its anchors as the geoms hold them, and a hinge's warm start. Snapshots keep it, so
+    // that a joint rebuilt by a restore goes on exactly as it went. Invalid without a link.
+    struct LinkState {
+        bool valid = false;
+        uint64_t serial = 0;
+        math::Vec2 anchorA{0, 0};
+        math::Vec2 anchorB{0, 0};
+        physics::Hinge::WarmState warm;
+    };
+    virtual LinkState GetLinkState() const { return {}; }
+    // Into the present link, if it has the same geoms as when the state was taken.
+    virtual void SetLinkState(const LinkState& /*state*/) {}
+
     // Either end is on the ground geom.
     bool IsBackground() const;
 
@@ -54,6 +69,11 @@ public:
     script::AttribPtr<float> size;
 
 protected:
+    // What every link shares of the two above.
+    LinkState GetAnchorState(const physics::AnchorPair& link) const;
+    // False, changing nothing, when the link has other geoms than this joint's ends.
+    bool SetAnchorState(physics::AnchorPair& link, const LinkState& state);
+
     physics::GeomPtr m_geom0;
     physics::GeomPtr m_geom1;
     math::Vec2 m_local0{0, 0};

@@ -104,4 +104,14 @@ math::real SpringEntity::GetEnergy() const {
     return m_spring && m_geom0 && m_geom1 ? m_spring->GetEnergy() : 0;
 }
 
+JointEntity::LinkState SpringEntity::GetLinkState() const {
+    return m_spring ? GetAnchorState(*m_spring) : LinkState();
+}
+
+void SpringEntity::SetLinkState(const LinkState& state) {
+    if (m_spring) {
+        SetAnchorState(*m_spring, state);
+    }
+}
+
 }  // namespace app

@@ -17,6 +17,8 @@ public:
     void AddToSimulation() override;
     void RemoveFromSimulation() override;
     bool IsInSimulation() const override;
+    LinkState GetLinkState() const override;
+    void SetLinkState(const LinkState& state) override;
     // Near the segment between the ends, strictly between them.
     bool Contains(const math::Vec2& point) const override;
     bool IntersectsLines(const physics::LineList& stroke) const override;
