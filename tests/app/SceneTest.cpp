@@ -55,7 +55,9 @@ TEST_F(SceneTest, SelectionFollowsTheModifierKeys) {
     scene.SetModifierSource([&keys]() { return keys; });
     const GroupPtr& selection = scene.GetSelection();
     int changes = 0;
-    selection->GetOnChange().Add(util::WeakPtr<util::Pointee>(selection), [&]() { ++changes; });
+    // Owned by the test: the selection outlives it.
+    const util::SharedPtr<util::Pointee> listener(new util::Pointee());
+    selection->GetOnChange().Add(util::WeakPtr<util::Pointee>(listener), [&]() { ++changes; });
 
     EXPECT_TRUE(scene.SelectAt({0, 0}));
     EXPECT_EQ(changes, 1);
