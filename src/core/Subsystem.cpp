@@ -304,13 +304,6 @@ void Subsystem::PollEvents() {
     }
 }
 
-void Subsystem::FlushCallbackSets() {
-    for (util::AbstractCallbackSet* set :
-         util::ClassTracker<util::AbstractCallbackSet>::Snapshot()) {
-        set->Flush();
-    }
-}
-
 void Subsystem::MeasureFrameRate(double now) {
     ++m_frameCount;
     const double elapsed = now - m_measuringStart;
@@ -379,7 +372,7 @@ bool Subsystem::RunFrame() {
     const double now = SdlSeconds();
     if (++m_flushCounter >= 11) {
         VORRA_PROFILE("FlushCallbackSets");
-        FlushCallbackSets();
+        util::AbstractCallbackSet::FlushAll();
         m_flushCounter = 0;
     }
     {

@@ -63,7 +63,6 @@ public:
 private:
     bool ExitTest();
     void PollEvents();
-    void FlushCallbackSets();
     void MeasureFrameRate(double now);
     void CapFrameRate(float dt);
     void LoadIcon();

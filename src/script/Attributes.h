@@ -27,6 +27,7 @@ public:
     // Replaces the script value and recalculates at once, so that a wrong type fails in
     // the assignment that caused it.
     void SetValue(ObjectPtr value) override;
+    bool IsAttribute() const override { return true; }
 
     virtual bool IsDefault() const = 0;
     // Back to the value the attribute was made with; a formula is replaced.

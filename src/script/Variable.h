@@ -17,6 +17,9 @@ public:
     const ObjectPtr& GetValue() const { return m_value; }
     // The old value loses its owner if it was this variable's; the new one gets it.
     virtual void SetValue(ObjectPtr value);
+    // An attribute: a variable with a native value behind it. Asked per variable where
+    // entities are written, so it is a plain virtual rather than a cast.
+    virtual bool IsAttribute() const { return false; }
     // Constants cannot be assigned from a script.
     bool IsConstant() const { return m_constant; }
 

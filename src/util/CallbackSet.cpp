@@ -6,6 +6,12 @@ namespace util {
 
 AbstractCallbackSet::~AbstractCallbackSet() = default;
 
+void AbstractCallbackSet::FlushAll() {
+    for (AbstractCallbackSet* set : Snapshot()) {
+        set->Flush();
+    }
+}
+
 void AbstractCallbackSet::ReportException(const std::exception& e, const String& location) {
     logging::LogCaughtException(e, location);
     Log(logging::Warning, "Exception caught in CallbackSet::CallAll: " + String(e.what()));

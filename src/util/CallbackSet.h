@@ -17,6 +17,8 @@ public:
     ~AbstractCallbackSet() override;
     // Frees the callbacks whose owners have gone.
     virtual void Flush() = 0;
+    // Flush on every set alive: once a frame.
+    static void FlushAll();
 
 protected:
     // A throwing callback must not stop the ones behind it: it is reported and skipped.

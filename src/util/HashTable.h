@@ -115,6 +115,18 @@ public:
         return index == kNotFound ? end() : const_iterator(m_table, bucket, index);
     }
 
+    // Buckets for n entries at once, so that filling the table does not grow it step by
+    // step.
+    void reserve(size_t n) {
+        size_t buckets = m_table.size();
+        while (buckets < n) {
+            buckets = NextBucketCount(buckets);
+        }
+        if (buckets != m_table.size()) {
+            Rehash(buckets);
+        }
+    }
+
     // An equal key already present stays as it is; the bool says whether the entry is new.
     std::pair<iterator, bool> insert(const Entry& entry) {
         const size_t n = m_table.size();
@@ -195,8 +207,10 @@ private:
         return false;
     }
 
-    void Grow() {
-        Table grown(NextBucketCount(m_table.size()));
+    void Grow() { Rehash(NextBucketCount(m_table.size())); }
+
+    void Rehash(size_t buckets) {
+        Table grown(buckets);
         for (const Entry& entry : static_cast<const HashTable&>(*this)) {
             grown[Hasher()(KeyOf()(entry)) % grown.size()].push_back(entry);
         }

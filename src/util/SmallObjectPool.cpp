@@ -17,6 +17,8 @@ struct FreeNode {
 // Plain data with constant initialisation: usable before and after static construction.
 struct PoolState {
     FreeNode* free[kClasses];
+    size_t bytesInUse;
+    size_t bytesReserved;
 };
 
 constinit PoolState s_pool{};
@@ -33,6 +35,7 @@ void Refill(size_t sizeClass) {
     if (!block) {
         throw std::bad_alloc();
     }
+    s_pool.bytesReserved += kBlockBytes;
     const size_t count = kBlockBytes / objectBytes;
     FreeNode* head = s_pool.free[sizeClass];
     for (size_t i = count; i-- > 0;) {
@@ -54,6 +57,7 @@ void* SmallObjectPool::Allocate(size_t size) {
         }
         FreeNode* node = s_pool.free[sizeClass];
         s_pool.free[sizeClass] = node->next;
+        s_pool.bytesInUse += (sizeClass + 1) * kGranule;
         return node;
     }
 #endif
@@ -70,10 +74,19 @@ void SmallObjectPool::Free(void* memory, size_t size) noexcept {
         FreeNode* node = static_cast<FreeNode*>(memory);
         node->next = s_pool.free[sizeClass];
         s_pool.free[sizeClass] = node;
+        s_pool.bytesInUse -= (sizeClass + 1) * kGranule;
         return;
     }
 #endif
     ::operator delete(memory, size);
+}
+
+size_t SmallObjectPool::GetBytesInUse() {
+    return s_pool.bytesInUse;
+}
+
+size_t SmallObjectPool::GetBytesReserved() {
+    return s_pool.bytesReserved;
 }
 
 }  // namespace util

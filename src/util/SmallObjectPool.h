@@ -15,6 +15,11 @@ class SmallObjectPool {
 public:
     static void* Allocate(size_t size);
     static void Free(void* memory, size_t size) noexcept;
+    // What the live objects of the pool take, by their size classes: with the general
+    // heap's own figure, the memory a structure of many small objects holds.
+    static size_t GetBytesInUse();
+    // The blocks taken from the general heap for the lists, in use or not.
+    static size_t GetBytesReserved();
 
     static constexpr size_t kMaxSize = 512;
 };

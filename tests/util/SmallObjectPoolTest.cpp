@@ -14,8 +14,11 @@ using util::SmallObjectPool;
 TEST(SmallObjectPool, SizesShareAClassAndMemoryIsReused) {
     // Under the address sanitizer the pool steps aside; the reuse cannot be seen there.
 #if !defined(__SANITIZE_ADDRESS__)
+    const size_t inUse = SmallObjectPool::GetBytesInUse();
     void* first = SmallObjectPool::Allocate(40);
+    EXPECT_EQ(SmallObjectPool::GetBytesInUse(), inUse + 48);  // counted by its class
     SmallObjectPool::Free(first, 40);
+    EXPECT_EQ(SmallObjectPool::GetBytesInUse(), inUse);
     // 33 to 48 bytes are one class: the freed block comes back at once.
     void* second = SmallObjectPool::Allocate(33);
     EXPECT_EQ(first, second);

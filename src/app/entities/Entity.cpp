@@ -42,9 +42,13 @@ int Entity::PeekNextID() {
 
 void Entity::Serialize(AttributeMap& out) const {
     // Every attribute as the script holds it, so that a formula stays a formula.
-    for (const script::VariablePtr& variable : GetVariables()) {
-        if (dynamic_cast<const script::AbstractAttrib*>(variable.Get())) {
-            out[variable->GetName()] = variable->GetValue();
+    // Walked in place: snapshots serialise every entity, and a copied list of variables
+    // was a good part of their cost.
+    // A few keys more come from the kinds.
+    out.reserve(out.size() + GetVariableMap().size() + 4);
+    for (const auto& [name, variable] : GetVariableMap()) {
+        if (variable->IsAttribute()) {
+            out[name] = variable->GetValue();
         }
     }
     if (m_chain) {
@@ -54,7 +58,7 @@ void Entity::Serialize(AttributeMap& out) const {
 }
 
 void Entity::Deserialize(const AttributeMap& in) {
-    for (const script::VariablePtr& variable : GetVariables()) {
+    for (const auto& [key, variable] : GetVariableMap()) {
         const util::String& name = variable->GetName();
         const auto found = in.find(name);
         // The colour's length depends on the file's version: read below. The id is the
