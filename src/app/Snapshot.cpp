@@ -55,6 +55,7 @@ Snapshot::Snapshot() {
     m_cameraMatrix = scene.GetCamera().GetTransform();
     m_sceneText.Take(scene.title, scene.author, scene.description);
     m_fileText.Take(FileInfo::Get().title, FileInfo::Get().author, FileInfo::Get().description);
+    m_fileName = FileInfo::Get().GetFileName();
     m_entities = scene.GetEntities();
 
     const physics::ParticleList& particles = sim.GetParticles();
@@ -159,6 +160,8 @@ void Snapshot::Restore() {
     Guarded([&] {
         m_sceneText.Put(scene.title, scene.author, scene.description);
         m_fileText.Put(FileInfo::Get().title, FileInfo::Get().author, FileInfo::Get().description);
+        // A save after undoing a load must go to the file the scene came from.
+        FileInfo::Get().SetFileName(m_fileName);
     });
 
     // Shapes first take their places, then bodies their geoms and joints their ends, then

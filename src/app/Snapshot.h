@@ -92,6 +92,7 @@ private:
     math::Mat3 m_cameraMatrix;
     Descriptions m_sceneText;
     Descriptions m_fileText;
+    util::String m_fileName;
     script::CodeBlockPtr m_script;
     // The world's order of bodies, its contacts and the fluid's random stream.
     physics::BodyList m_bodyOrder;

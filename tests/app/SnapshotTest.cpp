@@ -202,6 +202,7 @@ TEST_F(SnapshotTest, SimStartUndoesTheWholeRun) {
 
 TEST_F(SnapshotTest, LoadsAreStepsOfTheHistory) {
     const util::String path = testing::TempDir() + "snapshot_load.vra";
+    app::FileInfo::Get().SetFileName("");
     AddBox({0, 1});
     AddCircle({2, 2}, 0.5f);
     std::ofstream(path) << Save();
@@ -222,6 +223,7 @@ TEST_F(SnapshotTest, LoadsAreStepsOfTheHistory) {
     EXPECT_EQ(GetScene().GetEntities().size(), 2u);
     undoer.Undo();
     EXPECT_EQ(Save(), before);
+    EXPECT_EQ(app::FileInfo::Get().GetFileName(), "");  // a save does not go to the file
     undoer.Redo();
     EXPECT_EQ(GetScene().GetEntities().size(), 2u);
     EXPECT_EQ(app::FileInfo::Get().GetFileName(), path);
