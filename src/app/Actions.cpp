@@ -1,6 +1,7 @@
 #include "app/Actions.h"
 
 #include <exception>
+#include <filesystem>
 #include <vector>
 
 #include "app/FileInfo.h"
@@ -88,13 +89,7 @@ util::String SceneLoader::ResolvePath(const util::String& fileName) {
 }
 
 util::String SceneLoader::DisplayName(const util::String& path) {
-    const size_t slash = path.find_last_of("/\\");
-    util::String name = slash == util::String::npos ? path : path.substr(slash + 1);
-    const size_t dot = name.rfind('.');
-    if (dot != util::String::npos && dot > 0) {
-        name.erase(dot);
-    }
-    return name;
+    return std::filesystem::path(path).stem().string();
 }
 
 void SceneLoader::Do() {
@@ -106,14 +101,11 @@ void SceneLoader::Do() {
         return;
     }
     FileInfo& info = FileInfo::Get();
-    const util::String title = info.title->Get();
-    const util::String author = info.author->Get();
-    const util::String description = info.description->Get();
+    Descriptions saved;
+    saved.Take(info.title, info.author, info.description);
     const util::String fileName = info.GetFileName();
     const auto writeBack = [&] {
-        info.title->SetNative(title);
-        info.author->SetNative(author);
-        info.description->SetNative(description);
+        saved.Put(info.title, info.author, info.description);
         info.SetFileName(fileName);
     };
     try {

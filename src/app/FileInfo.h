@@ -7,6 +7,17 @@
 
 namespace app {
 
+// Title, author and description as a scene or its file carries them: what a clear empties
+// and a restore or a failed load puts back.
+struct Descriptions {
+    using Text = script::AttribPtr<util::String>;
+    util::String title;
+    util::String author;
+    util::String description;
+    void Take(const Text& title, const Text& author, const Text& description);
+    void Put(Text& title, Text& author, Text& description) const;
+};
+
 // What is known of the scene file that is loaded: its title, author and description, and
 // the format version of the data being read, which readers consult for older layouts.
 class FileInfo : public script::Reflected, public util::Singleton<FileInfo> {

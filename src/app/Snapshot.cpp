@@ -24,15 +24,18 @@ util::ProfileRecord s_captureRecord("Snapshot::Snapshot");
 // Runs one part of a restore; what it throws is logged and the restore goes on.
 template <class Fn>
 void Guarded(Fn&& part, const std::source_location where = std::source_location::current()) {
-    const util::String position = util::String(where.function_name()) + " (" + where.file_name() +
-                                  ":" + std::to_string(where.line()) + ")";
+    // Where the part stands is written only when it fails: a restore runs thousands.
+    const auto position = [&where] {
+        return util::String(where.function_name()) + " (" + where.file_name() + ":" +
+               std::to_string(where.line()) + ")";
+    };
     try {
         part();
     } catch (const std::exception& e) {
         Log(logging::Warning,
-            "Snapshot::Restore failure in " + position + ": " + util::String(e.what()));
+            "Snapshot::Restore failure in " + position() + ": " + util::String(e.what()));
     } catch (...) {
-        Log(logging::Warning, "Snapshot::Restore failure. " + position);
+        Log(logging::Warning, "Snapshot::Restore failure. " + position());
     }
 }
 
@@ -223,19 +226,6 @@ void Snapshot::RestoreWater() {
         particle.age = drop.age;
         sim.AddParticle(drop.particle);
     }
-}
-
-void Snapshot::Descriptions::Take(const Text& titleIn, const Text& authorIn,
-                                  const Text& descriptionIn) {
-    title = titleIn->Get();
-    author = authorIn->Get();
-    description = descriptionIn->Get();
-}
-
-void Snapshot::Descriptions::Put(Text& titleOut, Text& authorOut, Text& descriptionOut) const {
-    titleOut->SetNative(title);
-    authorOut->SetNative(author);
-    descriptionOut->SetNative(description);
 }
 
 // Helpers.

@@ -3,6 +3,7 @@
 #include <utility>
 #include <vector>
 
+#include "app/FileInfo.h"
 #include "app/Group.h"
 #include "app/entities/Entity.h"
 #include "app/entities/JointEntity.h"
@@ -65,16 +66,6 @@ private:
         math::Vec2 velocity;
         math::Vec2 force;
         math::real age;
-    };
-
-    // Title, author and description, of the scene or of the file.
-    struct Descriptions {
-        using Text = script::AttribPtr<util::String>;
-        util::String title;
-        util::String author;
-        util::String description;
-        void Take(const Text& title, const Text& author, const Text& description);
-        void Put(Text& title, Text& author, Text& description) const;
     };
 
     void CaptureEntity(const EntityPtr& entity);
