@@ -4,6 +4,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include <chrono>
+
 #include "BenchScene.h"
 #include "app/Scene.h"
 #include "app/Serializer.h"
@@ -59,9 +61,59 @@ void BM_ParseScene(benchmark::State& state) {
     }
 }
 
+// The load taken apart: clearing the scene before, parsing the text, running the tree,
+// recalculating the attributes, and freeing the tree.
+void BM_LoadScenePhases(benchmark::State& state) {
+    using Clock = std::chrono::steady_clock;
+    bench::MakeServices();
+    bench::BuildScene(SizeWith(static_cast<int>(state.range(0))));
+    const util::String text = app::Serializer::Get().Serialize();
+    double clear = 0, parse = 0, run = 0, calc = 0, free = 0;
+    for (auto _ : state) {
+        const auto t0 = Clock::now();
+        app::Scene::Get().Clear();
+        const auto t1 = Clock::now();
+        script::CodeBlockPtr tree = script::Parser::Get().Parse(text);
+        const auto t2 = Clock::now();
+        app::Serializer::Get().Deserialize(tree);
+        const auto t3 = Clock::now();
+        tree = script::CodeBlockPtr();
+        const auto t4 = Clock::now();
+        const auto ms = [](auto d) { return std::chrono::duration<double, std::milli>(d).count(); };
+        clear += ms(t1 - t0);
+        parse += ms(t2 - t1);
+        run += ms(t3 - t2);
+        free += ms(t4 - t3);
+        state.PauseTiming();
+        const auto t5 = Clock::now();
+        script::AbstractAttrib::CalcAll();
+        calc += ms(Clock::now() - t5);
+        util::SweepHandles();
+        state.ResumeTiming();
+    }
+    const double n = static_cast<double>(state.iterations());
+    state.counters["clear_ms"] = clear / n;
+    state.counters["parse_ms"] = parse / n;
+    state.counters["run_ms"] = run / n;
+    state.counters["free_ms"] = free / n;
+    state.counters["calcall_ms"] = calc / n;
+}
+
+// The recalculation of every attribute that each frame does, over the loaded scene.
+void BM_CalcAll(benchmark::State& state) {
+    bench::MakeServices();
+    bench::BuildScene(SizeWith(0));
+    for (auto _ : state) {
+        script::AbstractAttrib::CalcAll();
+    }
+    state.counters["attributes"] = static_cast<double>(script::AbstractAttrib::Instances().size());
+}
+
 // The argument is the number of polygons: each builds its distance map when it is made.
 BENCHMARK(BM_SaveScene)->Arg(500)->Arg(0)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_LoadScene)->Arg(500)->Arg(0)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_LoadScenePhases)->Arg(0)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_CalcAll)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_ParseScene)->Arg(0)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 
 }  // namespace

@@ -488,8 +488,9 @@ void Scene::ZoomToScene() {
 void Scene::Clear() {
     m_onClear.CallAll();
     m_camera->SetTrackedGroup(nullptr);
-    for (const EntityPtr& entity : m_entities) {
-        RemoveFromSimulationGuarded(*entity);
+    // Newest first, so that the world's lists shrink from their ends.
+    for (auto entity = m_entities.rbegin(); entity != m_entities.rend(); ++entity) {
+        RemoveFromSimulationGuarded(**entity);
     }
     m_entities.clear();
     m_groups.clear();

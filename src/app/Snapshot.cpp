@@ -89,8 +89,9 @@ Snapshot::Snapshot() {
 Snapshot::~Snapshot() = default;
 
 void Snapshot::CaptureEntity(const EntityPtr& entity) {
-    m_attributes.emplace_back(entity, AttributeMap());
-    entity->Serialize(m_attributes.back().second);
+    EntityKeys& captured = m_attributes.emplace_back();
+    captured.entity = entity;
+    entity->Capture(captured.keys, captured.values);
     if (const auto joint = util::DynamicPointerCast<JointEntity>(entity)) {
         util::SharedPtr<JointInfo> info(new JointInfo(joint));
         if (!info->IsAttached()) {
@@ -169,14 +170,14 @@ void Snapshot::Restore() {
 
     // Shapes first take their places, then bodies their geoms and joints their ends, then
     // the entities read their attributes again over what the rebuilds changed.
-    for (const auto& [entity, attributes] : m_attributes) {
-        Guarded([&] { entity->Deserialize(attributes); });
+    for (const EntityKeys& captured : m_attributes) {
+        Guarded([&] { captured.entity->Restore(captured.keys, captured.values); });
     }
     for (const RestoreHelperPtr& helper : m_helpers) {
         Guarded([&] { helper->Restore(); });
     }
-    for (const auto& [entity, attributes] : m_attributes) {
-        Guarded([&] { entity->Deserialize(attributes); });
+    for (const EntityKeys& captured : m_attributes) {
+        Guarded([&] { captured.entity->Restore(captured.keys, captured.values); });
     }
 
     Guarded([] { Serializer::Get().BeginRestoring(); });

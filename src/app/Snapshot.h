@@ -68,6 +68,13 @@ private:
         math::real age;
     };
 
+    // An entity's keys and the variables they set.
+    struct EntityKeys {
+        EntityPtr entity;
+        AttributeMap keys;
+        AttributeValues values;
+    };
+
     void CaptureEntity(const EntityPtr& entity);
     void CaptureContacts();
     util::String MakeScript() const;
@@ -75,7 +82,7 @@ private:
 
     std::vector<EntityPtr> m_entities;
     std::vector<RestoreHelperPtr> m_helpers;
-    std::vector<std::pair<EntityPtr, AttributeMap>> m_attributes;
+    std::vector<EntityKeys> m_attributes;
     std::vector<Drop> m_water;
     GroupPtr m_selection;
     GroupPtr m_tracked;

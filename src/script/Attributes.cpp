@@ -12,9 +12,17 @@ namespace script {
 AbstractAttrib::AbstractAttrib(const util::String& name, ObjectPtr value)
     : Variable(name, std::move(value), false) {}
 
-AbstractAttrib::~AbstractAttrib() = default;
+AbstractAttrib::~AbstractAttrib() {
+    ++s_destroyed;
+}
 
 void AbstractAttrib::SetValue(ObjectPtr value) {
+    // The plain value already applied, written again (a restore writes them by the ten
+    // thousand): nothing would change on either side, and a plain value has no use for
+    // the owner that the write would give it again.
+    if (value.Get() == GetValue().Get() && IsApplied()) {
+        return;
+    }
     Variable::SetValue(std::move(value));
     Calc();
 }
@@ -38,8 +46,11 @@ void AbstractAttrib::CalcAll() {
     const util::VectorPOD<AbstractAttrib*> attributes = Snapshot();
     VORRA_PROFILE("AbstractAttrib::CalcAll-Loop");
     const auto& live = Instances();
+    // Until a formula or callback destroys an attribute, every pointer of the copy is live
+    // and needs no look-up.
+    const uint64_t destroyedBefore = s_destroyed;
     for (AbstractAttrib* attribute : attributes) {
-        if (live.Contains(attribute)) {
+        if (s_destroyed == destroyedBefore || live.Contains(attribute)) {
             CalcGuarded(*attribute);
         }
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <utility>
 
@@ -39,8 +40,37 @@ public:
     // skipped, so one broken formula neither stops the others nor the program.
     static void CalcAll();
 
+    // What the latest Calc produced, after automatic calling.
+    const ObjectPtr& GetLastResult() const { return m_lastResult; }
+
+protected:
+    // A plain value that was applied and has stood since, over a native value nobody
+    // changed since: converting it again would give what the native side holds. Every
+    // frame recalculates every attribute, so this is the common case by far. The value
+    // object cannot have been replaced by another at the same address, since the last
+    // result keeps it alive, and values never change once made.
+    bool IsApplied() const { return m_applied && GetValue().Get() == m_lastResult.Get(); }
+    void SetLastResult(const ObjectPtr& result) { m_lastResult = result; }
+    // After a Calc has set the native value from its result. A formula gives a new result
+    // each time and must run again; so must a value whose native side lives outside,
+    // where it may change without telling.
+    void MarkApplied(const ObjectPtr& result) { m_applied = m_keepsNative && result == GetValue(); }
+    // For an attribute that holds its native value itself and changes it only in Set:
+    // the native side then changes only in ways the attribute sees.
+    void KeepsNative() { m_keepsNative = true; }
+    // The native value changed by another way than the script value: the next Calc must
+    // bring it back.
+    void NativeChanged() { m_applied = false; }
+
 private:
     static void CalcGuarded(AbstractAttrib& attribute);
+
+    ObjectPtr m_lastResult;
+    bool m_keepsNative = false;
+    bool m_applied = false;
+
+    // How many attributes have died, so that a pass notices deaths during it.
+    static inline uint64_t s_destroyed = 0;
 };
 
 // The interface by type.
@@ -54,9 +84,14 @@ public:
     void ResetToDefault() override { SetNative(m_default); }
 
     void Calc() override {
-        ObjectPtr result = CallIfNoArgs(GetValue());
-        m_lastResult = result;
-        Set(ObjectToValue<T>(std::move(result)));
+        if (IsApplied()) {
+            return;
+        }
+        NativeChanged();
+        const ObjectPtr result = CallIfNoArgs(GetValue());
+        SetLastResult(result);
+        Set(ObjectToValue<T>(result));
+        MarkApplied(result);
     }
 
     virtual T Get() const = 0;
@@ -66,6 +101,11 @@ public:
     // A write from native code. The script side must follow, or the next Calc would undo
     // the change; a formula a script put there is replaced.
     void SetNative(const T& value) {
+        // The plain value the script side holds stands for this one already: a restore
+        // writes every colour back as it was.
+        if (IsApplied() && value == Get()) {
+            return;
+        }
         Set(value);
         SetValue(ValueToObject(Get()));
     }
@@ -73,8 +113,6 @@ public:
     // Called after the native value changed.
     util::CallbackSet& GetOnChange() { return m_onChange; }
     const T& GetDefault() const { return m_default; }
-    // What the latest Calc produced, after automatic calling.
-    const ObjectPtr& GetLastResult() const { return m_lastResult; }
 
 protected:
     void CallOnChange() const { m_onChange.CallAll(); }
@@ -82,14 +120,15 @@ protected:
 private:
     util::CallbackSet m_onChange;
     T m_default;
-    ObjectPtr m_lastResult;
 };
 
 // The attribute holds the native value itself.
 template <class T>
 class Attrib : public TAttrib<T> {
 public:
-    Attrib(const util::String& name, const T& def) : TAttrib<T>(name, def), m_value(def) {}
+    Attrib(const util::String& name, const T& def) : TAttrib<T>(name, def), m_value(def) {
+        this->KeepsNative();
+    }
 
     T Get() const override { return m_value; }
     void Set(const T& value) override {
@@ -97,6 +136,7 @@ public:
             return;
         }
         m_value = value;
+        this->NativeChanged();
         this->CallOnChange();
     }
 

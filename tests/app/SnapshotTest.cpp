@@ -15,6 +15,7 @@
 #include "physics/Contact.h"
 #include "physics/Particle.h"
 #include "physics/Simulation.h"
+#include "script/Parser.h"
 
 namespace test_app {
 namespace {
@@ -163,6 +164,40 @@ TEST_F(SnapshotTest, GroupsAndSettingsFollowTheSnapshot) {
     EXPECT_EQ(Simulation::Get().gravity->Get(), math::Vec2(0, -2));
     EXPECT_EQ(app::FileInfo::Get().title->Get(), "Mine");
     EXPECT_TRUE(Simulation::Get().GetParticles().empty());
+}
+
+// A restore finds the attributes by the list the capture made: whatever changed them since,
+// a script, native code behind the script's back or a formula, they come back, and the
+// geom they write through to follows.
+TEST_F(SnapshotTest, AttributesComeBackWhicheverWayTheyChanged) {
+    const auto box = AddBox({0, 1});
+    const auto other = AddBox({3, 1});
+    script::Parser::Get().Execute("source = 0.5");
+    other->friction->SetValue(script::Parser::Get().Execute("{ source }"));
+    ASSERT_EQ(other->friction->Get(), 0.5f);
+    box->density->SetNative(2);
+    box->color->SetNative(math::Vec4(0.25f, 0.5f, 0.75f, 1));
+    const app::SnapshotPtr snapshot = Take();
+
+    box->density->SetValue(script::ValueToObject(7.0f));
+    box->restitution->Set(0.9f);
+    box->color->SetNative(math::Vec4(1, 0, 0, 1));
+    other->friction->SetNative(0.1f);
+    snapshot->Restore();
+    EXPECT_EQ(box->density->Get(), 2.0f);
+    EXPECT_EQ(box->GetGeom()->density, 2.0f);
+    EXPECT_EQ(box->restitution->Get(), box->restitution->GetDefault());
+    EXPECT_EQ(box->color->Get(), math::Vec4(0.25f, 0.5f, 0.75f, 1));
+    // The formula is back, and alive.
+    EXPECT_EQ(other->friction->Get(), 0.5f);
+    script::Parser::Get().Execute("source = 0.25");
+    EXPECT_EQ(other->friction->Get(), 0.25f);
+    EXPECT_EQ(other->GetGeom()->friction, 0.25f);
+
+    // Restoring again over an unchanged scene changes nothing.
+    snapshot->Restore();
+    EXPECT_EQ(box->density->Get(), 2.0f);
+    EXPECT_EQ(box->color->Get(), math::Vec4(0.25f, 0.5f, 0.75f, 1));
 }
 
 TEST_F(SnapshotTest, RestoreSurvivesAWorldClearedBehindItsBack) {

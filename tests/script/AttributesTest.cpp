@@ -185,6 +185,42 @@ TEST_F(AttributesTest, SetAloneIsUndoneByTheNextCalc) {
     EXPECT_EQ(*calls, 2);
 }
 
+// Repeated passes over values that stand still must still notice every way the two sides
+// can part: a native write behind the script's back, a native side living outside, a new
+// value object, and a formula that must run each time.
+TEST_F(AttributesTest, RepeatedPassesStillCatchEveryChange) {
+    int* calls = Watch(*body->count);
+    AbstractAttrib::CalcAll();
+    AbstractAttrib::CalcAll();
+    body->count->Set(9);
+    AbstractAttrib::CalcAll();
+    EXPECT_EQ(body->count->Get(), 3);
+    EXPECT_EQ(*calls, 2);
+    body->count->Set(9);
+    AbstractAttrib::CalcAll();
+    EXPECT_EQ(body->count->Get(), 3);
+
+    Set("visible", Bool(false));
+    AbstractAttrib::CalcAll();
+    body->m_visible = true;
+    AbstractAttrib::CalcAll();
+    EXPECT_FALSE(body->m_visible);
+
+    // The same number written again is a new object standing for the same value.
+    Set("count", Int(4));
+    AbstractAttrib::CalcAll();
+    body->count->Set(1);
+    Set("count", Int(4));
+    EXPECT_EQ(body->count->Get(), 4);
+
+    int runs = 0;
+    body->density->SetValue(ObjectPtr(new IntrinsicCmd([&runs] { return ValueToObject(++runs); })));
+    AbstractAttrib::CalcAll();
+    AbstractAttrib::CalcAll();
+    EXPECT_EQ(runs, 3);
+    EXPECT_EQ(body->density->Get(), 3.0f);
+}
+
 TEST_F(AttributesTest, GetterAndSetterAttributes) {
     int* calls = Watch(*body->visible);
     Set("visible", Bool(true));

@@ -23,6 +23,27 @@ Entity::Entity(const util::String& reflectedName) : script::Reflected(reflectedN
 
 Entity::~Entity() = default;
 
+namespace {
+
+// A value of the wrong type costs only its own key.
+void SetGuarded(script::Variable& variable, const script::ObjectPtr& value) {
+    // Most of a restore writes back the values the variables hold: no reference is taken
+    // then, since the value to fall back to is the one written.
+    const bool same = variable.GetValue() == value;
+    const script::ObjectPtr previous = same ? script::ObjectPtr() : variable.GetValue();
+    try {
+        variable.SetValue(value);
+    } catch (const std::exception& e) {
+        if (!same) {
+            variable.SetValue(previous);
+        }
+        Log(logging::Warning,
+            "Bad value for " + variable.GetName() + ": " + util::String(e.what()));
+    }
+}
+
+}  // namespace
+
 bool StrokePassesNear(const physics::LineList& stroke, const math::Vec2& point, float radius) {
     for (const physics::Line& segment : stroke) {
         if (math::PointSegmentDist(point, segment.a, segment.b) <= radius) {
@@ -57,22 +78,45 @@ void Entity::Serialize(AttributeMap& out) const {
     }
 }
 
-void Entity::Deserialize(const AttributeMap& in) {
-    for (const auto& [key, variable] : GetVariableMap()) {
-        const util::String& name = variable->GetName();
-        const auto found = in.find(name);
-        // The colour's length depends on the file's version: read below. The id is the
-        // running program's; the file's id binds only within the file.
-        if (found == in.end() || name == "color" || name == "entityID") {
-            continue;
+bool Entity::IsSetByKey(const script::Variable* variable) const {
+    // The colour's length depends on the file's version: read apart. The id is the
+    // running program's; the file's id binds only within the file.
+    return variable != color.Get() && variable != entityID.Get();
+}
+
+void Entity::Capture(AttributeMap& out, AttributeValues& values) const {
+    Serialize(out);
+    values.reserve(GetVariableMap().size());
+    for (const auto& [name, variable] : GetVariableMap()) {
+        const auto found = out.find(name);
+        if (found != out.end() && IsSetByKey(variable.Get())) {
+            values.emplace_back(variable.Get(), found->second);
         }
-        // A value of the wrong type costs only its own key.
-        const script::ObjectPtr previous = variable->GetValue();
-        try {
-            variable->SetValue(found->second);
-        } catch (const std::exception& e) {
-            variable->SetValue(previous);
-            Log(logging::Warning, "Bad value for " + name + ": " + util::String(e.what()));
+    }
+}
+
+void Entity::Restore(const AttributeMap& in, const AttributeValues& values) {
+    m_restoring = &values;
+    try {
+        Deserialize(in);
+    } catch (...) {
+        m_restoring = nullptr;
+        throw;
+    }
+    m_restoring = nullptr;
+}
+
+void Entity::Deserialize(const AttributeMap& in) {
+    if (m_restoring) {
+        for (const auto& [variable, value] : *m_restoring) {
+            SetGuarded(*variable, value);
+        }
+    } else {
+        for (const auto& [name, variable] : GetVariableMap()) {
+            const auto found = in.find(name);
+            if (found != in.end() && IsSetByKey(variable.Get())) {
+                SetGuarded(*variable, found->second);
+            }
         }
     }
     // Files before version 2 have opaque colours of three components.

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <utility>
+#include <vector>
+
 #include "math/BoundingBox2.h"
 #include "math/Real.h"
 #include "math/Vector2.h"
@@ -20,6 +23,10 @@ class Chain;
 using ChainPtr = util::SharedPtr<Chain>;
 // An entity's file keys and their values.
 using AttributeMap = util::HashMap<util::String, script::ObjectPtr>;
+// The variables of an entity that a map sets, each with its value from the map, in the
+// order Deserialize sets them. An entity never drops a variable, so the plain pointers
+// stay good for as long as the entity lives.
+using AttributeValues = std::vector<std::pair<script::Variable*, script::ObjectPtr>>;
 
 // What the user sees, selects and edits: a shape, a joint or a pen. It keeps the
 // attributes that scripts, scene files and panels read and write, and can be put into and
@@ -50,6 +57,11 @@ public:
     virtual void Serialize(AttributeMap& out) const;
     // Every attribute with a key first, then what needs more than a plain assignment.
     virtual void Deserialize(const AttributeMap& in);
+    // Serialize, and beside the map the variables it sets, found once; for snapshots,
+    // which restore each entity twice and many times over.
+    void Capture(AttributeMap& out, AttributeValues& values) const;
+    // Deserialize from what Capture took, without finding each variable by its name.
+    void Restore(const AttributeMap& in, const AttributeValues& values);
     virtual math::BoundingBox2f GetBoundingBox() const = 0;
     // Kinetic plus potential energy.
     virtual math::real GetEnergy() const { return 0; }
@@ -75,8 +87,13 @@ public:
     bool mouseOver = false;
 
 private:
+    // Whether Deserialize sets the variable from the key of its name.
+    bool IsSetByKey(const script::Variable* variable) const;
+
     bool m_transforming = false;
     ChainPtr m_chain;
+    // The values Deserialize takes its variables from while Restore runs.
+    const AttributeValues* m_restoring = nullptr;
 };
 
 // Some segment of the stroke passes within the radius of the point: the erase test of
