@@ -5,10 +5,12 @@
 #include <benchmark/benchmark.h>
 
 #include <chrono>
+#include <cmath>
 
 #include "BenchScene.h"
 #include "app/Scene.h"
 #include "app/Serializer.h"
+#include "physics/Polygon.h"
 #include "physics/Simulation.h"
 #include "script/Expressions.h"
 #include "script/Parser.h"
@@ -109,10 +111,34 @@ void BM_CalcAll(benchmark::State& state) {
     state.counters["attributes"] = static_cast<double>(script::AbstractAttrib::Instances().size());
 }
 
+// One polygon made, distance map and all: the bench scene's pentagon, and a drawn
+// round stroke of 64 points, whose sides are split further as collision needs.
+void BM_MakePolygon(benchmark::State& state) {
+    math::Vec2List outline;
+    if (state.range(0) == 5) {
+        outline = {{-0.5f, -0.4f}, {0.5f, -0.3f}, {0.3f, 0.5f}, {-0.2f, 0.3f}, {-0.6f, 0.1f}};
+    } else {
+        for (int i = 0; i < state.range(0); ++i) {
+            const float angle =
+                6.2831853f * static_cast<float>(i) / static_cast<float>(state.range(0));
+            const float radius = 1.5f + 0.3f * std::sin(5.0f * angle);
+            outline.push_back(math::Vec2(radius * std::cos(angle), radius * std::sin(angle)));
+        }
+    }
+    size_t vertices = 0;
+    for (auto _ : state) {
+        const physics::PolygonPtr polygon(new physics::Polygon(outline));
+        vertices = polygon->GetVertices().size();
+        benchmark::DoNotOptimize(polygon->GetDistMap().data());
+    }
+    state.counters["vertices"] = static_cast<double>(vertices);
+}
+
 // The argument is the number of polygons: each builds its distance map when it is made.
 BENCHMARK(BM_SaveScene)->Arg(500)->Arg(0)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_LoadScene)->Arg(500)->Arg(0)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_LoadScenePhases)->Arg(0)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_MakePolygon)->Arg(5)->Arg(64)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_CalcAll)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_ParseScene)->Arg(0)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 

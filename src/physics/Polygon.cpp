@@ -307,8 +307,21 @@ PolygonPtr Polygon::CreateBox(math::real x1, math::real y1, math::real x2, math:
 }
 
 void Polygon::CalcDistMap() {
+    // The grid has a frame of one cell that counts as done, so that the propagation visits
+    // neighbours without testing the map's edges. A cell's index in the framed grid orders
+    // the cells as their index in the map does, so ties still break the same way.
+    constexpr int w = kMapSize + 2;
+    const auto framedIndex = [](int x, int y) {
+        return static_cast<uint32_t>((y + 1) * w + x + 1);
+    };
+    std::vector<BuildCell> cells(static_cast<size_t>(w) * w);
+    for (int i = 0; i < w; ++i) {
+        cells[static_cast<size_t>(i)].done = true;
+        cells[static_cast<size_t>((w - 1) * w + i)].done = true;
+        cells[static_cast<size_t>(i * w)].done = true;
+        cells[static_cast<size_t>(i * w + w - 1)].done = true;
+    }
     const size_t cellCount = static_cast<size_t>(kMapSize) * kMapSize;
-    std::vector<BuildCell> cells(cellCount);
 
     // No distance within the map exceeds its diagonal.
     BuildQueue queue((m_mapBox.halfExtents * 2).Length(), cellCount + cellCount / 4);
@@ -319,10 +332,10 @@ void Polygon::CalcDistMap() {
     };
     // A cell takes the line if it is strictly nearer than what it has. Earlier entries of the
     // cell stay queued; the done flag skips them when they come up.
-    const auto offer = [&](int x, int y, const Line* line) {
-        const uint32_t index = static_cast<uint32_t>(y * kMapSize + x);
+    const auto offer = [&](uint32_t index, const Line* line) {
         BuildCell& cell = cells[index];
-        const math::Vec2 p = centreOf(x, y);
+        const math::Vec2 p =
+            centreOf(static_cast<int>(index % w) - 1, static_cast<int>(index / w) - 1);
         const float d2 = (p - Project(*line, p).point).SquaredLength();
         if (d2 < cell.squaredDist) {
             cell.closest = line;
@@ -355,7 +368,7 @@ void Polygon::CalcDistMap() {
         int error = 0;
         for (int i = 0; i <= major; ++i) {
             if (x0 >= 0 && x0 < kMapSize && y0 >= 0 && y0 < kMapSize) {
-                offer(x0, y0, &line);
+                offer(framedIndex(x0, y0), &line);
             }
             error += minor;
             const bool minorStep = error * 2 >= major;
@@ -373,31 +386,24 @@ void Polygon::CalcDistMap() {
     }
 
     // Dijkstra's order over the feature transform: a cell is final when it comes up first,
-    // and then hands its line on to its neighbours.
+    // and then hands its line on to its neighbours, row by row from below and left to right
+    // within a row, since of two lines equally near the first offered stays.
+    static constexpr int kNeighbours[8] = {-w - 1, -w, -w + 1, -1, 1, w - 1, w, w + 1};
     uint32_t index;
     while (queue.Pop(index)) {
-        BuildCell* cell = &cells[index];
-        if (cell->done) {
+        BuildCell& cell = cells[index];
+        if (cell.done) {
             continue;
         }
-        cell->done = true;
-        CODE_ASSERT(cell->closest);
-        const int x = static_cast<int>(index % kMapSize);
-        const int y = static_cast<int>(index / kMapSize);
-        for (int ny = y - 1; ny <= y + 1; ++ny) {
-            if (ny < 0 || ny >= kMapSize) {
-                continue;
-            }
-            for (int nx = x - 1; nx <= x + 1; ++nx) {
-                if (nx < 0 || nx >= kMapSize || (nx == x && ny == y)) {
-                    continue;
-                }
-                // A neighbour that holds this line already would get the same distance again.
-                const BuildCell& neighbour = cells[static_cast<size_t>(ny * kMapSize + nx)];
-                if (neighbour.done || neighbour.closest == cell->closest) {
-                    continue;
-                }
-                offer(nx, ny, cell->closest);
+        cell.done = true;
+        CODE_ASSERT(cell.closest);
+        const Line* line = cell.closest;
+        for (const int offset : kNeighbours) {
+            const uint32_t next = index + static_cast<uint32_t>(offset);
+            // A neighbour that holds this line already would get the same distance again.
+            const BuildCell& neighbour = cells[next];
+            if (!neighbour.done && neighbour.closest != line) {
+                offer(next, line);
             }
         }
     }
@@ -428,10 +434,10 @@ void Polygon::CalcDistMap() {
     m_outlineMap.Resize(kMapSize, kMapSize);
     float* dist = m_distMap.data();
     float* outline = m_outlineMap.data();
-    for (int x = 0; x < kMapSize; ++x) {
-        for (int y = 0; y < kMapSize; ++y) {
+    for (int y = 0; y < kMapSize; ++y) {
+        for (int x = 0; x < kMapSize; ++x) {
             const size_t index = static_cast<size_t>(y * kMapSize + x);
-            const BuildCell& cell = cells[index];
+            const BuildCell& cell = cells[framedIndex(x, y)];
             CODE_ASSERT(cell.closest);
             const Line& line = *cell.closest;
             const size_t lineIndex = static_cast<size_t>(cell.closest - m_lines.data());

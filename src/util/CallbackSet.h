@@ -11,9 +11,14 @@
 
 namespace util {
 
-// All callback sets are tracked so that the frame can flush dead callbacks out of them.
+// Callback sets are tracked so that the frame can flush dead callbacks out of them, from
+// their first callback on: every attribute has a set, and most never get a callback, so
+// the frame need not visit them nor a load register them.
 class AbstractCallbackSet : public ClassTracker<AbstractCallbackSet> {
 public:
+    AbstractCallbackSet() : ClassTracker(Untracked{}) {}
+    AbstractCallbackSet(const AbstractCallbackSet&) = default;
+    AbstractCallbackSet& operator=(const AbstractCallbackSet&) = default;
     ~AbstractCallbackSet() override;
     // Frees the callbacks whose owners have gone.
     virtual void Flush() = 0;
@@ -36,10 +41,14 @@ public:
     using Function = typename CallbackType::Function;
 
     // Adding a present callback moves it to the end.
-    void Add(const Pointer& callback) { m_callbacks.insert(callback); }
+    void Add(const Pointer& callback) {
+        Track();
+        m_callbacks.insert(callback);
+    }
     // Makes a callback of the owner and the function and adds it. Keep the result to
     // remove it again, or let the owner's death end it.
     Pointer Add(const WeakPtr<Pointee>& owner, Function function) {
+        Track();
         Pointer callback(new CallbackType(owner, std::move(function)));
         m_callbacks.InsertNew(callback);
         return callback;

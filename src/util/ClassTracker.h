@@ -12,12 +12,18 @@ public:
     ClassTracker() { Instances().insert(this); }
     ClassTracker(const ClassTracker&) : ClassTracker() {}
     ClassTracker& operator=(const ClassTracker&) { return *this; }
-    virtual ~ClassTracker() noexcept(false) { Instances().erase(this); }
+    virtual ~ClassTracker() noexcept(false) {
+        if (m_tracked) {
+            Instances().erase(this);
+        }
+    }
 
     static HashSet<ClassTracker*>& Instances() {
         static HashSet<ClassTracker*>* instances = new HashSet<ClassTracker*>();
         return *instances;
     }
+
+    bool IsTracked() const { return m_tracked; }
 
     // Visitors walk a copy: a visited object may create or destroy tracked objects.
     static VectorPOD<T*> Snapshot() {
@@ -28,6 +34,21 @@ public:
         }
         return members;
     }
+
+protected:
+    // For a family whose members need visiting only once they hold something, and which
+    // are made by the hundred thousand: the member joins the set at Track.
+    struct Untracked {};
+    explicit ClassTracker(Untracked) : m_tracked(false) {}
+    void Track() {
+        if (!m_tracked) {
+            Instances().insert(this);
+            m_tracked = true;
+        }
+    }
+
+private:
+    bool m_tracked = true;
 };
 
 }  // namespace util

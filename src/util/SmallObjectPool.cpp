@@ -57,6 +57,9 @@ void* SmallObjectPool::Allocate(size_t size) {
         }
         FreeNode* node = s_pool.free[sizeClass];
         s_pool.free[sizeClass] = node->next;
+        // Freed objects lie scattered once a scene has died: the next request of this
+        // class would wait for its node to come from memory. It is on its way instead.
+        __builtin_prefetch(node->next, 1);
         s_pool.bytesInUse += (sizeClass + 1) * kGranule;
         return node;
     }

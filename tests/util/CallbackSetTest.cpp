@@ -270,7 +270,7 @@ TEST_F(CallbackSetTest, NullOwnerMeansNeverCalled) {
     EXPECT_TRUE(m_set.empty());
 }
 
-TEST(CallbackSetTracking, EverySetIsTrackedForTheFrameFlush) {
+TEST(CallbackSetTracking, EverySetWithCallbacksIsTrackedForTheFrameFlush) {
     auto tracked = [](const util::AbstractCallbackSet* set) {
         const auto all = util::AbstractCallbackSet::Snapshot();
         return std::find(all.begin(), all.end(), set) != all.end();
@@ -279,12 +279,20 @@ TEST(CallbackSetTracking, EverySetIsTrackedForTheFrameFlush) {
     {
         CallbackSet set;
         CallbackArgSet<float> argSet;
-        EXPECT_TRUE(tracked(&set));
-        EXPECT_TRUE(tracked(&argSet));
+        // Nothing to flush yet: the frame passes them by.
+        EXPECT_FALSE(tracked(&set));
+        EXPECT_FALSE(tracked(&argSet));
         gone = &set;
 
         OwnerPtr owner(new Owner);
         set.Add(util::MakeCallback(owner, [] {}));
+        argSet.Add(owner, [](float) {});
+        EXPECT_TRUE(tracked(&set));
+        EXPECT_TRUE(tracked(&argSet));
+        // A copy holds callbacks from the start.
+        const CallbackSet copy(set);
+        EXPECT_TRUE(tracked(&copy));
+        EXPECT_EQ(copy.size(), 1u);
         owner.Reset();
         for (util::AbstractCallbackSet* each : util::AbstractCallbackSet::Snapshot()) {
             if (each == &set) {
