@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "logging/Log.h"
+#include "util/Prefetch.h"
 
 #include "util/Profiler.h"
 #include "util/VectorPOD.h"
@@ -20,7 +21,7 @@ void AbstractAttrib::SetValue(ObjectPtr value) {
     // The plain value already applied, written again (a restore writes them by the ten
     // thousand): nothing would change on either side, and a plain value has no use for
     // the owner that the write would give it again.
-    if (value.Get() == GetValue().Get() && IsApplied()) {
+    if (Holds(value)) {
         return;
     }
     Variable::SetValue(std::move(value));
@@ -49,7 +50,14 @@ void AbstractAttrib::CalcAll() {
     // Until a formula or callback destroys an attribute, every pointer of the copy is live
     // and needs no look-up.
     const uint64_t destroyedBefore = s_destroyed;
-    for (AbstractAttrib* attribute : attributes) {
+    // The attributes lie far apart in memory: each is fetched a few entries ahead.
+    constexpr size_t kAhead = 8;
+    const size_t count = attributes.size();
+    for (size_t i = 0; i < count; ++i) {
+        if (i + kAhead < count) {
+            util::PrefetchObject(attributes[i + kAhead]);
+        }
+        AbstractAttrib* attribute = attributes[i];
         if (s_destroyed == destroyedBefore || live.Contains(attribute)) {
             CalcGuarded(*attribute);
         }

@@ -42,6 +42,8 @@ public:
 
     // What the latest Calc produced, after automatic calling.
     const ObjectPtr& GetLastResult() const { return m_lastResult; }
+    // The attribute holds this very plain value, and the native side stands for it.
+    bool Holds(const ObjectPtr& value) const { return value == GetValue() && IsApplied(); }
 
 protected:
     // A plain value that was applied and has stood since, over a native value nobody

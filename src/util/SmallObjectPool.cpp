@@ -23,13 +23,13 @@ struct PoolState {
 
 constinit PoolState s_pool{};
 
-size_t ClassOf(size_t size) {
+[[maybe_unused]] size_t ClassOf(size_t size) {
     return (size + kGranule - 1) / kGranule - 1;
 }
 
 // Cuts a fresh block into objects of one class and threads them onto its list. Blocks
 // are never released: the lists hold what the peak of live objects needed.
-void Refill(size_t sizeClass) {
+[[maybe_unused]] void Refill(size_t sizeClass) {
     const size_t objectBytes = (sizeClass + 1) * kGranule;
     char* block = static_cast<char*>(std::malloc(kBlockBytes));
     if (!block) {

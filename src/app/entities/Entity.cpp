@@ -6,6 +6,7 @@
 #include "logging/Log.h"
 #include "math/MathUtil.h"
 #include "script/Variable.h"
+#include "util/Prefetch.h"
 
 namespace app {
 
@@ -108,8 +109,14 @@ void Entity::Restore(const AttributeMap& in, const AttributeValues& values) {
 
 void Entity::Deserialize(const AttributeMap& in) {
     if (m_restoring) {
-        for (const auto& [variable, value] : *m_restoring) {
-            SetGuarded(*variable, value);
+        // The variables lie far apart in memory: each is fetched a few entries ahead.
+        const AttributeValues& values = *m_restoring;
+        constexpr size_t kAhead = 4;
+        for (size_t i = 0; i < values.size(); ++i) {
+            if (i + kAhead < values.size()) {
+                util::PrefetchObject(values[i + kAhead].first);
+            }
+            SetGuarded(*values[i].first, values[i].second);
         }
     } else {
         for (const auto& [name, variable] : GetVariableMap()) {
@@ -119,16 +126,15 @@ void Entity::Deserialize(const AttributeMap& in) {
             }
         }
     }
-    // Files before version 2 have opaque colours of three components.
-    if (FileInfo::Get().version->Get() < 2) {
-        math::Vec3 rgb;
-        if (ReadKey(in, "color", rgb)) {
+    // Files before version 2 have opaque colours of three components. A restore finds
+    // the colour it wrote mostly still there.
+    const auto colour = in.find("color");
+    if (colour != in.end() && !color->Holds(colour->second)) {
+        if (FileInfo::Get().version->Get() < 2) {
+            const auto rgb = script::ObjectToValue<math::Vec3>(colour->second);
             color->SetNative(math::Vec4(rgb.x, rgb.y, rgb.z, 1));
-        }
-    } else {
-        math::Vec4 rgba;
-        if (ReadKey(in, "color", rgba)) {
-            color->SetNative(rgba);
+        } else {
+            color->SetNative(script::ObjectToValue<math::Vec4>(colour->second));
         }
     }
 }
