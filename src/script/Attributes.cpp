@@ -51,17 +51,13 @@ void AbstractAttrib::CalcAll() {
     // and needs no look-up.
     const uint64_t destroyedBefore = s_destroyed;
     // The attributes lie far apart in memory: each is fetched a few entries ahead.
-    constexpr size_t kAhead = 8;
-    const size_t count = attributes.size();
-    for (size_t i = 0; i < count; ++i) {
-        if (i + kAhead < count) {
-            util::PrefetchObject(attributes[i + kAhead]);
-        }
-        AbstractAttrib* attribute = attributes[i];
-        if (s_destroyed == destroyedBefore || live.Contains(attribute)) {
-            CalcGuarded(*attribute);
-        }
-    }
+    util::VisitPrefetched(
+        attributes, 8, [](AbstractAttrib* attribute) { return attribute; },
+        [&](AbstractAttrib* attribute) {
+            if (s_destroyed == destroyedBefore || live.Contains(attribute)) {
+                CalcGuarded(*attribute);
+            }
+        });
 }
 
 template class TAttrib<bool>;

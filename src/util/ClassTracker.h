@@ -23,8 +23,6 @@ public:
         return *instances;
     }
 
-    bool IsTracked() const { return m_tracked; }
-
     // Visitors walk a copy: a visited object may create or destroy tracked objects.
     static VectorPOD<T*> Snapshot() {
         VectorPOD<T*> members;

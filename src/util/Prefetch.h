@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 namespace util {
 
 // Asks for the first three cache lines of an object that will be read soon: for walks over
@@ -9,6 +11,19 @@ inline void PrefetchObject(const void* object) {
     __builtin_prefetch(bytes);
     __builtin_prefetch(bytes + 64);
     __builtin_prefetch(bytes + 128);
+}
+
+// Visits each item in order, fetching the object of the item a few places ahead, so that
+// a walk over objects scattered in memory waits for few of them.
+template <class Items, class ObjectOf, class Visit>
+void VisitPrefetched(const Items& items, size_t ahead, ObjectOf objectOf, Visit visit) {
+    const size_t count = items.size();
+    for (size_t i = 0; i < count; ++i) {
+        if (i + ahead < count) {
+            PrefetchObject(objectOf(items[i + ahead]));
+        }
+        visit(items[i]);
+    }
 }
 
 }  // namespace util

@@ -110,14 +110,10 @@ void Entity::Restore(const AttributeMap& in, const AttributeValues& values) {
 void Entity::Deserialize(const AttributeMap& in) {
     if (m_restoring) {
         // The variables lie far apart in memory: each is fetched a few entries ahead.
-        const AttributeValues& values = *m_restoring;
-        constexpr size_t kAhead = 4;
-        for (size_t i = 0; i < values.size(); ++i) {
-            if (i + kAhead < values.size()) {
-                util::PrefetchObject(values[i + kAhead].first);
-            }
-            SetGuarded(*values[i].first, values[i].second);
-        }
+        using Entry = AttributeValues::value_type;
+        util::VisitPrefetched(
+            *m_restoring, 4, [](const Entry& entry) { return entry.first; },
+            [](const Entry& entry) { SetGuarded(*entry.first, entry.second); });
     } else {
         for (const auto& [name, variable] : GetVariableMap()) {
             const auto found = in.find(name);
