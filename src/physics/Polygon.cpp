@@ -49,20 +49,23 @@ inline Projection Project(const Line& line, const math::Vec2& p) {
 // heap's bucket joins the heap, so the pops come out in exactly the same order.
 class BuildQueue {
 public:
-    BuildQueue(float maxDist, size_t expectedPushes) {
-        m_scale =
-            maxDist > 0 && math::IsFinite(maxDist) ? static_cast<float>(kBuckets) / maxDist : 0.0f;
+    // Empties the queue for a build whose squared distances stay below maxSquaredDist. The
+    // buffers keep their capacity from the last build.
+    void Reset(float maxSquaredDist) {
+        const float lowest = maxSquaredDist * kLowestFraction;
+        m_lowestBits = lowest > 0 && math::IsFinite(lowest) ? std::bit_cast<uint32_t>(lowest) : 0;
+        m_current = 0;
         m_heads.assign(kBuckets, kNone);
-        m_filed.reserve(expectedPushes);
-        m_heap.reserve(256);
+        m_filed.clear();
+        m_heap.clear();
     }
 
     void Push(float squaredDist, uint32_t cell) {
         // The bits of a non-negative float grow with its value: one integer compare orders
         // by distance, then by cell.
-        const uint64_t key =
-            (static_cast<uint64_t>(std::bit_cast<uint32_t>(squaredDist)) << 32) | cell;
-        const uint32_t bucket = BucketOf(squaredDist);
+        const uint32_t bits = std::bit_cast<uint32_t>(squaredDist);
+        const uint64_t key = (static_cast<uint64_t>(bits) << 32) | cell;
+        const uint32_t bucket = BucketOf(bits);
         if (bucket <= m_current) {
             m_heap.push_back(key);
             std::push_heap(m_heap.begin(), m_heap.end(), std::greater<uint64_t>());
@@ -86,8 +89,14 @@ public:
     }
 
 private:
-    // Fine enough that a bucket holds a few dozen cells even along a long outline.
-    static constexpr uint32_t kBuckets = 4096;
+    // The buckets split each octave of squared distance into 1024 by the float's leading
+    // mantissa bits, which keeps a bucket to a few cells both along the outline and far
+    // out, and costs no arithmetic. Twenty octaves reach down to a thousandth of the
+    // diagonal, a fifth of a cell; nearer cells share the first bucket.
+    static constexpr uint32_t kShift = 13;
+    static constexpr uint32_t kOctaves = 20;
+    static constexpr uint32_t kBuckets = kOctaves << (23 - kShift);
+    static constexpr float kLowestFraction = 1.0f / (1 << kOctaves);
     static constexpr uint32_t kNone = ~0u;
 
     struct Filed {
@@ -95,12 +104,13 @@ private:
         uint32_t next;
     };
 
-    // Linear in the distance, since the cells crowd near the outline; monotone, so that equal
-    // keys share a bucket.
-    uint32_t BucketOf(float squaredDist) const {
-        const float bucket = std::sqrt(squaredDist) * m_scale;
-        return bucket < static_cast<float>(kBuckets - 1) ? static_cast<uint32_t>(bucket)
-                                                         : kBuckets - 1;
+    // Monotone in the distance, so that equal keys share a bucket: the bits of a
+    // non-negative float grow with its value.
+    uint32_t BucketOf(uint32_t squaredDistBits) const {
+        if (squaredDistBits <= m_lowestBits) {
+            return 0;
+        }
+        return std::min((squaredDistBits - m_lowestBits) >> kShift, kBuckets - 1);
     }
 
     bool OpenNextBucket() {
@@ -119,12 +129,25 @@ private:
         return false;
     }
 
-    float m_scale = 0;
+    uint32_t m_lowestBits = 0;
     uint32_t m_current = 0;
     std::vector<uint32_t> m_heads;
     std::vector<Filed> m_filed;
     std::vector<uint64_t> m_heap;
 };
+
+// The buffers of a build, kept per thread: a map is a few hundred kilobytes of work space,
+// and fresh pages for each polygon cost more than clearing the old ones.
+struct DistMapScratch {
+    std::vector<BuildCell> cells;
+    math::Vec2List centres;
+    BuildQueue queue;
+};
+
+DistMapScratch& Scratch() {
+    thread_local DistMapScratch scratch;
+    return scratch;
+}
 
 }  // namespace
 
@@ -314,28 +337,33 @@ void Polygon::CalcDistMap() {
     const auto framedIndex = [](int x, int y) {
         return static_cast<uint32_t>((y + 1) * w + x + 1);
     };
-    std::vector<BuildCell> cells(static_cast<size_t>(w) * w);
+    DistMapScratch& scratch = Scratch();
+    std::vector<BuildCell>& cells = scratch.cells;
+    cells.assign(static_cast<size_t>(w) * w, BuildCell());
     for (int i = 0; i < w; ++i) {
         cells[static_cast<size_t>(i)].done = true;
         cells[static_cast<size_t>((w - 1) * w + i)].done = true;
         cells[static_cast<size_t>(i * w)].done = true;
         cells[static_cast<size_t>(i * w + w - 1)].done = true;
     }
-    const size_t cellCount = static_cast<size_t>(kMapSize) * kMapSize;
-
     // No distance within the map exceeds its diagonal.
-    BuildQueue queue((m_mapBox.halfExtents * 2).Length(), cellCount + cellCount / 4);
+    BuildQueue& queue = scratch.queue;
+    queue.Reset((m_mapBox.halfExtents * 2).SquaredLength());
 
-    const auto centreOf = [this](int x, int y) {
-        return m_mapToLocal.TransformPoint(
-            math::Vec2(static_cast<float>(x), static_cast<float>(y)));
-    };
+    // Cell centres in local space, by the framed index; the frame's are never read.
+    math::Vec2List& centres = scratch.centres;
+    centres.resize(cells.size());
+    for (int y = 0; y < kMapSize; ++y) {
+        for (int x = 0; x < kMapSize; ++x) {
+            centres[framedIndex(x, y)] = m_mapToLocal.TransformPoint(
+                math::Vec2(static_cast<float>(x), static_cast<float>(y)));
+        }
+    }
     // A cell takes the line if it is strictly nearer than what it has. Earlier entries of the
     // cell stay queued; the done flag skips them when they come up.
     const auto offer = [&](uint32_t index, const Line* line) {
         BuildCell& cell = cells[index];
-        const math::Vec2 p =
-            centreOf(static_cast<int>(index % w) - 1, static_cast<int>(index / w) - 1);
+        const math::Vec2 p = centres[index];
         const float d2 = (p - Project(*line, p).point).SquaredLength();
         if (d2 < cell.squaredDist) {
             cell.closest = line;
@@ -398,13 +426,15 @@ void Polygon::CalcDistMap() {
         cell.done = true;
         CODE_ASSERT(cell.closest);
         const Line* line = cell.closest;
-        for (const int offset : kNeighbours) {
-            const uint32_t next = index + static_cast<uint32_t>(offset);
-            // A neighbour that holds this line already would get the same distance again.
-            const BuildCell& neighbour = cells[next];
-            if (!neighbour.done && neighbour.closest != line) {
-                offer(next, line);
-            }
+        // Most neighbours are done or hold this line already (it would bring the same
+        // distance again), so they are sorted out first without a branch each.
+        unsigned open = 0;
+        for (int k = 0; k < 8; ++k) {
+            const BuildCell& neighbour = cells[index + static_cast<uint32_t>(kNeighbours[k])];
+            open |= static_cast<unsigned>(!neighbour.done & (neighbour.closest != line)) << k;
+        }
+        for (; open != 0; open &= open - 1) {
+            offer(index + static_cast<uint32_t>(kNeighbours[std::countr_zero(open)]), line);
         }
     }
 
@@ -441,22 +471,22 @@ void Polygon::CalcDistMap() {
             CODE_ASSERT(cell.closest);
             const Line& line = *cell.closest;
             const size_t lineIndex = static_cast<size_t>(cell.closest - m_lines.data());
-            const math::Vec2 p = centreOf(x, y);
+            const math::Vec2 p = centres[framedIndex(x, y)];
             const Projection q = Project(line, p);
-            float d = (p - q.point).Length();
-            if (q.point == line.a && q.point != line.b) {
-                if (math::Dot(p - q.point, vertexNormals[lineIndex]) < 0) {
-                    d = -d;
-                }
-            } else if (q.point == line.b) {
-                if (math::Dot(p - q.point, vertexNormals[(lineIndex + 1) % n]) < 0) {
-                    d = -d;
-                }
-            } else if ((p.y - line.a.y) * (line.b.x - line.a.x) -
-                           (p.x - line.a.x) * (line.b.y - line.a.y) >
-                       0) {
-                d = -d;
-            }
+            // Where the nearest point is an end of the line, that vertex's normal tells the
+            // side; elsewhere the line's own side does. Both are worked out and one chosen,
+            // since which case a cell falls in follows no pattern the branches could learn.
+            const bool atA = q.point == line.a;
+            const bool atB = q.point == line.b;
+            const size_t nextIndex = lineIndex + 1 == n ? 0 : lineIndex + 1;
+            const math::Vec2& normal = vertexNormals[atB ? nextIndex : lineIndex];
+            const bool behindVertex = math::Dot(p - q.point, normal) < 0;
+            const bool leftOfLine = (p.y - line.a.y) * (line.b.x - line.a.x) -
+                                        (p.x - line.a.x) * (line.b.y - line.a.y) >
+                                    0;
+            const bool inside = (atA || atB) ? behindVertex : leftOfLine;
+            const float length = (p - q.point).Length();
+            const float d = inside ? -length : length;
             dist[index] = d;
             outline[index] =
                 runLength[lineIndex] + q.t * (runLength[lineIndex + 1] - runLength[lineIndex]);
