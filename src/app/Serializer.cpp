@@ -17,6 +17,7 @@
 #include "app/entities/PolyEntity.h"
 #include "app/entities/SpringEntity.h"
 #include "logging/Log.h"
+#include "physics/BackgroundMapBuilds.h"
 #include "physics/Body.h"
 #include "physics/Geom.h"
 #include "physics/Particle.h"
@@ -395,6 +396,8 @@ GroupPtr Serializer::EndReading() {
 }
 
 GroupPtr Serializer::Deserialize(const util::String& text) {
+    // Polygon maps are the costly part of a load: they build beside the rest.
+    const physics::BackgroundMapBuilds mapBuilds;
     BeginReading();
     if (IsOldFormat(text)) {
         Log(logging::Info, "Old (pre beta 4) file type detected");
@@ -406,6 +409,7 @@ GroupPtr Serializer::Deserialize(const util::String& text) {
 }
 
 GroupPtr Serializer::Deserialize(const script::CodeBlockPtr& tree) {
+    const physics::BackgroundMapBuilds mapBuilds;
     BeginReading();
     script::Parser::Get().Execute(script::ExpressionPtr(tree));
     return EndReading();

@@ -4,6 +4,7 @@
 #include <fstream>
 #include <iostream>
 
+#include "logging/LogCapture.h"
 #include "util/Exception.h"
 #include "util/FileSystem.h"
 
@@ -76,6 +77,10 @@ void LogCaughtUnknownException(const util::String& location) {
 }  // namespace logging
 
 void Log(logging::LogLevel level, const util::String& text) {
+    if (std::vector<logging::CapturedLine>* capture = logging::LogCapture::Current()) {
+        capture->push_back({level, text});
+        return;
+    }
     util::String line;
     if (level == logging::Warning) {
         line = "-- Warning: " + text;

@@ -4,9 +4,11 @@
 #include <bit>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <vector>
 
 #include "logging/Log.h"
+#include "physics/BackgroundMapBuilds.h"
 #include "physics/OBBOverlap.h"
 #include "util/Assert.h"
 #include "util/Exception.h"
@@ -283,16 +285,30 @@ Polygon::Polygon(const math::Vec2List& worldPoints, bool keepLocal) {
     // clang-format on
     m_mapToLocal = math::Inverted(m_localToMap);
 
-    CalcDistMap();
-    CalcNormalMap();
-
     m_worldVertices.resize(n);
     m_worldLines.resize(n);
     SetTransform(Transform{math::Vec2(1, 0), centroid});
+
+    // Last, since nothing may throw once a helper holds the polygon.
+    BackgroundMapBuilds* builds = BackgroundMapBuilds::Current();
+    if (!builds || !builds->Queue(this)) {
+        CalcDistMap();
+        CalcNormalMap();
+    }
 }
 
+namespace {
+
+// The first initialiser of a copy: maps still building elsewhere are waited for.
+const Polygon& WithMaps(const Polygon& polygon) {
+    polygon.GetDistMap();
+    return polygon;
+}
+
+}  // namespace
+
 Polygon::Polygon(const Polygon& other)
-    : Geom(other),
+    : Geom(WithMaps(other)),
       m_vertices(other.m_vertices),
       m_worldVertices(other.m_worldVertices),
       m_lines(other.m_lines),
@@ -312,7 +328,30 @@ Polygon::Polygon(const Polygon& other)
       m_inertiaPerMass(other.m_inertiaPerMass),
       m_perimeter(other.m_perimeter) {}
 
-Polygon::~Polygon() = default;
+Polygon::~Polygon() {
+    if (m_mapState.load(std::memory_order_acquire) != MapState::Ready) {
+        m_mapBuilds->Withdraw(this);
+    }
+}
+
+void Polygon::FinishMaps() const {
+    m_mapBuilds->Finish(this);
+}
+
+void Polygon::BuildMaps() noexcept {
+    try {
+        CalcDistMap();
+        CalcNormalMap();
+        return;
+    } catch (const std::exception& e) {
+        logging::LogCaughtException(e, VORRA_LOCATION);
+    } catch (...) {
+        logging::LogCaughtUnknownException(VORRA_LOCATION);
+    }
+    m_distMap.Resize(kMapSize, kMapSize, std::numeric_limits<float>::max());
+    m_outlineMap.Resize(kMapSize, kMapSize, 0.0f);
+    m_normalMap.Resize(kMapSize, kMapSize, math::Vec2(0, 0));
+}
 
 PolygonPtr Polygon::CreateBox(math::real x1, math::real y1, math::real x2, math::real y2) {
     const math::Vec2 corners[4] = {{x1, y1}, {x2, y1}, {x2, y2}, {x1, y2}};

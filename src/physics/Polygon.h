@@ -1,7 +1,9 @@
 #pragma once
 
+#include <atomic>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 
 #include "math/BoundingBox2.h"
 #include "math/MathUtil.h"
@@ -16,6 +18,8 @@
 #include "util/VectorPOD.h"
 
 namespace physics {
+
+class BackgroundMapBuilds;
 
 // A segment from a to b.
 struct Line {
@@ -99,15 +103,43 @@ public:
     const math::TMatrix3<float>& GetLocalToMap() const { return m_localToMap; }
     const math::TMatrix3<float>& GetMapToLocal() const { return m_mapToLocal; }
     // Signed distance of each cell's centre, negative inside.
-    const util::Array2D<float>& GetDistMap() const { return m_distMap; }
+    const util::Array2D<float>& GetDistMap() const {
+        EnsureMaps();
+        return m_distMap;
+    }
     // Arc length from vertex 0 along the outline to the nearest outline point.
-    const util::Array2D<float>& GetOutlineMap() const { return m_outlineMap; }
+    const util::Array2D<float>& GetOutlineMap() const {
+        EnsureMaps();
+        return m_outlineMap;
+    }
     // Local unit normals.
-    const util::Array2D<math::Vec2>& GetNormalMap() const { return m_normalMap; }
-    math::real GetPerimeter() const { return m_perimeter; }
+    const util::Array2D<math::Vec2>& GetNormalMap() const {
+        EnsureMaps();
+        return m_normalMap;
+    }
+    math::real GetPerimeter() const {
+        EnsureMaps();
+        return m_perimeter;
+    }
 
 private:
+    friend class BackgroundMapBuilds;
+
+    // Where the maps stand when a BackgroundMapBuilds scope made the polygon.
+    enum class MapState : uint8_t { Ready, Queued, Building };
+
     Polygon(const math::Vec2List& worldPoints, bool keepLocal);
+
+    // Maps built on a helper thread become visible here; one still queued is built now.
+    void EnsureMaps() const {
+        if (m_mapState.load(std::memory_order_acquire) != MapState::Ready) {
+            FinishMaps();
+        }
+    }
+    void FinishMaps() const;
+    // The maps away from the constructor, where nothing may escape: a failure is logged and
+    // leaves maps that put every point outside.
+    void BuildMaps() noexcept;
 
     // Signed distance to an oriented box.
     static float BoxDist(const math::OBB2D& box, const math::Vec2& p) {
@@ -142,6 +174,7 @@ private:
         return static_cast<size_t>(i < 0 ? 0 : (i > kMapSize - 1 ? kMapSize - 1 : i));
     }
     float SampleDist(const math::Vec2& local) const {
+        EnsureMaps();
         const Sample s = SampleAt(local);
         const float* d = m_distMap.data();
         const float row0 = d[s.i00] + (d[s.i10] - d[s.i00]) * s.fx;
@@ -149,6 +182,7 @@ private:
         return row0 + (row1 - row0) * s.fy;
     }
     math::Vec2 SampleNormal(const math::Vec2& local) const {
+        EnsureMaps();
         const Sample s = SampleAt(local);
         const math::Vec2* n = m_normalMap.data();
         const math::Vec2 row0 = n[s.i00] + (n[s.i10] - n[s.i00]) * s.fx;
@@ -177,6 +211,8 @@ private:
     math::real m_area = 0;
     math::real m_inertiaPerMass = 0;
     math::real m_perimeter = 0;
+    mutable std::atomic<MapState> m_mapState{MapState::Ready};
+    BackgroundMapBuilds* m_mapBuilds = nullptr;
 };
 
 // Splits the sides of a closed outline so that none is longer than maxDist. Coinciding

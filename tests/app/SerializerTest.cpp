@@ -137,6 +137,13 @@ TEST_F(SceneTest, EveryEntityRoundTripsAndTheTextRepeats) {
     EXPECT_EQ(hinge->buttonForward, "right");
     EXPECT_EQ(hinge->GetGeom(0), polygon->GetGeom());
     EXPECT_EQ(pen->GetGeom(), polygon->GetGeom());
+    // Its maps, built beside the load, are those of the outline built in place.
+    const auto& loaded = static_cast<const physics::Polygon&>(*polygon->GetGeom());
+    const physics::Polygon inPlace(loaded.GetVertices(), physics::Polygon::KeepLocal());
+    ASSERT_EQ(loaded.GetDistMap().size(), inPlace.GetDistMap().size());
+    EXPECT_EQ(std::memcmp(loaded.GetDistMap().data(), inPlace.GetDistMap().data(),
+                          inPlace.GetDistMap().size() * sizeof(float)),
+              0);
     ASSERT_TRUE(box->GetChain());
     EXPECT_EQ(box->GetChain()->GetIndex(circle), 2);
     ASSERT_TRUE(GetScene().GetGroup("pair"));

@@ -6,10 +6,12 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <thread>
 #include <vector>
 
 #include "logging/FileLogger.h"
 #include "logging/FunctionLogger.h"
+#include "logging/LogCapture.h"
 #include "logging/StreamLogger.h"
 #include "util/FileSystem.h"
 
@@ -167,4 +169,29 @@ TEST(StreamLogger, WritesLineAndFlushes) {
     logger.Log("a");
     logger.Log("b");
     EXPECT_EQ(out.str(), "a\nb\n");
+}
+
+TEST_F(LoggerTest, ACaptureHoldsItsThreadsLinesUntilTheyAreReplayed) {
+    Sink sink(logging::Warning | logging::Info);
+    std::vector<logging::CapturedLine> lines;
+    std::thread helper([&lines] {
+        logging::LogCapture capture(lines);
+        Log(logging::Warning, "from a helper");
+        {
+            std::vector<logging::CapturedLine> inner;
+            logging::LogCapture nested(inner);
+            Log(logging::Info, "inner");
+            EXPECT_EQ(inner.size(), 1u);
+        }
+        Log(logging::Info, "second");
+    });
+    helper.join();
+    EXPECT_TRUE(sink.lines.empty());
+    ASSERT_EQ(lines.size(), 2u);
+
+    // A capture is its own thread's: this one logs as ever.
+    Log(logging::Info, "here");
+    logging::Replay(lines);
+    EXPECT_EQ(sink.lines,
+              (std::vector<util::String>{"here", "-- Warning: from a helper", "second"}));
 }
