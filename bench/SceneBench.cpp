@@ -136,7 +136,14 @@ void BM_MakePolygon(benchmark::State& state) {
 
 // The argument is the number of polygons: each builds its distance map when it is made.
 BENCHMARK(BM_SaveScene)->Arg(500)->Arg(0)->Unit(benchmark::kMillisecond)->MinTime(2.0);
-BENCHMARK(BM_LoadScene)->Arg(500)->Arg(0)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+// Polygon maps build on helper threads during a load: the time is the wall clock.
+BENCHMARK(BM_LoadScene)
+    ->Arg(500)
+    ->Arg(100)
+    ->Arg(0)
+    ->Unit(benchmark::kMillisecond)
+    ->MinTime(2.0)
+    ->UseRealTime();
 BENCHMARK(BM_LoadScenePhases)->Arg(0)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_MakePolygon)->Arg(5)->Arg(64)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_CalcAll)->Unit(benchmark::kMillisecond);
