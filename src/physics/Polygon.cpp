@@ -292,8 +292,7 @@ Polygon::Polygon(const math::Vec2List& worldPoints, bool keepLocal) {
     // Last, since nothing may throw once a helper holds the polygon.
     BackgroundMapBuilds* builds = BackgroundMapBuilds::Current();
     if (!builds || !builds->Queue(this)) {
-        CalcDistMap();
-        CalcNormalMap();
+        CalcMaps();
     }
 }
 
@@ -338,10 +337,14 @@ void Polygon::FinishMaps() const {
     m_mapBuilds->Finish(this);
 }
 
+void Polygon::CalcMaps() {
+    CalcDistMap();
+    CalcNormalMap();
+}
+
 void Polygon::BuildMaps() noexcept {
     try {
-        CalcDistMap();
-        CalcNormalMap();
+        CalcMaps();
         return;
     } catch (const std::exception& e) {
         logging::LogCaughtException(e, VORRA_LOCATION);

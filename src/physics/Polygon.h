@@ -190,6 +190,8 @@ private:
         return row0 + (row1 - row0) * s.fy;
     }
 
+    // The distance map and the normal map drawn from it.
+    void CalcMaps();
     void CalcDistMap();
     void CalcNormalMap();
 
