@@ -21,6 +21,7 @@
 #include "script/ValueConversions.h"
 #include "util/Assert.h"
 #include "util/Exception.h"
+#include "util/Pointee.h"
 
 namespace app {
 
@@ -456,6 +457,8 @@ void Scene::RunSteps(long count) {
         parser.Update();
         Update(sim.timeDelta->Get());
         sim.StepTimed(true);
+        // As the frame does once a frame: the handles of the step's contacts go.
+        util::SweepHandles();
     }
     sim.running->SetNative(wasRunning);
 }

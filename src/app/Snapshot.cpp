@@ -1,7 +1,6 @@
 #include "app/Snapshot.h"
 
 #include <exception>
-#include <source_location>
 #include <unordered_set>
 
 #include "app/Chain.h"
@@ -21,13 +20,15 @@ namespace {
 
 util::ProfileRecord s_captureRecord("Snapshot::Snapshot");
 
-// Runs one part of a restore; what it throws is logged and the restore goes on.
+// Runs one part of a restore; what it throws is logged and the restore goes on. The place
+// of the caller comes from the compiler's builtins as default arguments, which every
+// compiler of the project has (std::source_location needs a newer clang).
 template <class Fn>
-void Guarded(Fn&& part, const std::source_location where = std::source_location::current()) {
+void Guarded(Fn&& part, const char* function = __builtin_FUNCTION(),
+             const char* file = __builtin_FILE(), int line = __builtin_LINE()) {
     // Where the part stands is written only when it fails: a restore runs thousands.
-    const auto position = [&where] {
-        return util::String(where.function_name()) + " (" + where.file_name() + ":" +
-               std::to_string(where.line()) + ")";
+    const auto position = [&] {
+        return util::String(function) + " (" + file + ":" + std::to_string(line) + ")";
     };
     try {
         part();

@@ -53,8 +53,19 @@ inline bool IsFinite(const Vec2& v) {
     return IsFinite(v.x) && IsFinite(v.y);
 }
 
+// The two points farthest apart, the lower index first: of the pairs at the greatest squared
+// distance, the one a double loop over i and then j above i meets first, as that loop finds
+// it to the bit. Points in runs of neighbours that lie too close together to hold a pair as
+// far apart as one already known are passed over, so an outline of thousands of points
+// costs little more than a pass over it. Needs two points at least.
+struct PointPair {
+    size_t first;
+    size_t second;
+};
+PointPair FarthestPair(const Vec2* points, size_t nPoints);
+
 // The direction between the two points farthest apart, from the lower index to the
-// higher; on a tie the pair met first wins. Quadratic, meant for small polygons.
+// higher; on a tie the pair met first wins.
 Vec2 FindMainAxisSimple(const Vec2* points, size_t nPoints);
 
 }  // namespace math

@@ -40,7 +40,11 @@ OBB2D OBB2D::Build(const Vec2* points, size_t nPoints, const Vec2& axis) {
 }
 
 OBB2D OBB2D::BuildBest(const Vec2* points, size_t nPoints) {
-    OBB2D best = Build(points, nPoints, FindMainAxisSimple(points, nPoints));
+    return BuildBest(points, nPoints, FindMainAxisSimple(points, nPoints));
+}
+
+OBB2D OBB2D::BuildBest(const Vec2* points, size_t nPoints, const Vec2& mainAxis) {
+    OBB2D best = Build(points, nPoints, mainAxis);
     float bestArea = best.Area();
     // A box repeats itself every quarter turn: eight angles 12 degrees apart sample it.
     const float step = 0.20943952f;

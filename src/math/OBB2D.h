@@ -24,6 +24,8 @@ struct OBB2D {
     // A tight box for a polygon: the box along the main axis, bettered by a few fixed
     // angles when one of them gives a smaller area.
     static OBB2D BuildBest(const Vec2* points, size_t nPoints);
+    // The same with the main axis known already.
+    static OBB2D BuildBest(const Vec2* points, size_t nPoints, const Vec2& mainAxis);
 };
 
 }  // namespace math

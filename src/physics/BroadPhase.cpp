@@ -38,15 +38,28 @@ float CellSize(const util::VectorPOD<math::BoundingBox2f>& boxes) {
 
 }  // namespace
 
-void BroadPhase::Within(const std::vector<math::BoundingBox2f>& boxes, PairList& pairs) {
+void BroadPhase::TakeFlags(const uint8_t* flags, size_t count) {
+    for (size_t i = 0; i < count; ++i) {
+        const uint8_t f = flags ? flags[i] : 0;
+        m_flags.push_back(f);
+        m_anyLeftOut = m_anyLeftOut || (f & kLeftOut);
+    }
+}
+
+void BroadPhase::Within(const std::vector<math::BoundingBox2f>& boxes, PairList& pairs,
+                        const uint8_t* flags) {
     m_boxes.assign(boxes.data(), boxes.data() + boxes.size());
+    m_flags.clear();
+    m_anyLeftOut = false;
+    TakeFlags(flags, boxes.size());
     const uint32_t n = static_cast<uint32_t>(boxes.size());
     Find(n, false, pairs);
     SortPairs(pairs);
 }
 
 void BroadPhase::Across(const std::vector<math::BoundingBox2f>& first,
-                        const std::vector<math::BoundingBox2f>& second, PairList& pairs) {
+                        const std::vector<math::BoundingBox2f>& second, PairList& pairs,
+                        const uint8_t* firstFlags, const uint8_t* secondFlags) {
     pairs.clear();
     if (first.empty() || second.empty()) {
         return;
@@ -55,6 +68,10 @@ void BroadPhase::Across(const std::vector<math::BoundingBox2f>& first,
     for (const math::BoundingBox2f& box : second) {
         m_boxes.push_back(box);
     }
+    m_flags.clear();
+    m_anyLeftOut = false;
+    TakeFlags(firstFlags, first.size());
+    TakeFlags(secondFlags, second.size());
     const uint32_t split = static_cast<uint32_t>(first.size());
     Find(split, true, pairs);
     SortPairs(pairs);
@@ -68,6 +85,14 @@ void BroadPhase::Report(uint32_t a, uint32_t b, uint32_t split, bool across,
     if (across && !(a < split && b >= split)) {
         return;
     }
+    if (m_anyLeftOut) {
+        const uint8_t fa = m_flags[a];
+        const uint8_t fb = m_flags[b];
+        if (((fa & kLeftOut) && (fb & (kLeftOut | kImmovable)) != kImmovable) ||
+            ((fb & kLeftOut) && (fa & (kLeftOut | kImmovable)) != kImmovable)) {
+            return;
+        }
+    }
     if (m_boxes[a].Overlaps(m_boxes[b])) {
         pairs.emplace_back(a, across ? b - split : b);
     }
@@ -80,6 +105,7 @@ void BroadPhase::Find(uint32_t split, bool across, PairList& pairs) {
 
     m_entries.clear();
     m_large.clear();
+    m_queries.clear();
     m_isLarge.resize(n);
     for (uint32_t k = 0; k < n; ++k) {
         const math::BoundingBox2f& box = m_boxes[k];
@@ -99,6 +125,10 @@ void BroadPhase::Find(uint32_t split, bool across, PairList& pairs) {
             continue;
         }
         m_isLarge[k] = 0;
+        if (m_flags[k] & kLeftOut) {
+            m_queries.push_back(Query{x0, y0, x1, y1, k});
+            continue;
+        }
         for (int32_t y = y0; y <= y1; ++y) {
             for (int32_t x = x0; x <= x1; ++x) {
                 m_entries.push_back(Entry{x, y, x0, y0, k});
@@ -112,6 +142,7 @@ void BroadPhase::Find(uint32_t split, bool across, PairList& pairs) {
         buckets *= 2;
     }
     const uint32_t mask = buckets - 1;
+    m_bucketMask = mask;
     m_bucketStart.resize(buckets + 1);
     std::fill(m_bucketStart.begin(), m_bucketStart.end(), 0);
     for (const Entry& e : m_entries) {
@@ -125,22 +156,35 @@ void BroadPhase::Find(uint32_t split, bool across, PairList& pairs) {
         m_sorted[m_bucketStart[HashCell(e.cellX, e.cellY) & mask]++] = e;
     }
 
+    // Only the cell of the overlap's lower corner reports a pair; the cell of the greater of
+    // two values is the greater of their cells.
+    auto reportOnce = [&](const Entry& e, const Entry& f) {
+        if (f.cellX == e.cellX && f.cellY == e.cellY &&
+            std::max(e.minCellX, f.minCellX) == e.cellX &&
+            std::max(e.minCellY, f.minCellY) == e.cellY) {
+            Report(e.box, f.box, split, across, pairs);
+        }
+    };
     // The counts moved each start to the next bucket's: walk the buckets by their ends.
     uint32_t begin = 0;
     for (uint32_t b = 0; b < buckets; ++b) {
         const uint32_t end = m_bucketStart[b];
-        for (uint32_t i = begin; i < end; ++i) {
-            const Entry& e = m_sorted[i];
-            for (uint32_t j = i + 1; j < end; ++j) {
-                const Entry& f = m_sorted[j];
-                if (f.cellX != e.cellX || f.cellY != e.cellY) {
-                    continue;  // another cell with the same hash
+        if (across) {
+            // A bucket holds the first list's boxes before the second's: only those pairs
+            // are wanted.
+            uint32_t second = begin;
+            while (second < end && m_sorted[second].box < split) {
+                ++second;
+            }
+            for (uint32_t i = begin; i < second; ++i) {
+                for (uint32_t j = second; j < end; ++j) {
+                    reportOnce(m_sorted[i], m_sorted[j]);
                 }
-                // Only the cell of the overlap's lower corner reports the pair; the cell of
-                // the greater of two values is the greater of their cells.
-                if (std::max(e.minCellX, f.minCellX) == e.cellX &&
-                    std::max(e.minCellY, f.minCellY) == e.cellY) {
-                    Report(e.box, f.box, split, across, pairs);
+            }
+        } else {
+            for (uint32_t i = begin; i < end; ++i) {
+                for (uint32_t j = i + 1; j < end; ++j) {
+                    reportOnce(m_sorted[i], m_sorted[j]);
                 }
             }
         }
@@ -153,6 +197,27 @@ void BroadPhase::Find(uint32_t split, bool across, PairList& pairs) {
                 continue;  // a pair of large boxes is taken by the later one
             }
             Report(large, k, split, across, pairs);
+        }
+    }
+    if (!m_queries.empty()) {
+        FindForLeftOut(split, across, pairs);
+    }
+}
+
+void BroadPhase::FindForLeftOut(uint32_t split, bool across, PairList& pairs) {
+    for (const Query& q : m_queries) {
+        for (int32_t y = q.y0; y <= q.y1; ++y) {
+            for (int32_t x = q.x0; x <= q.x1; ++x) {
+                const uint32_t bucket = HashCell(x, y) & m_bucketMask;
+                const uint32_t begin = bucket == 0 ? 0 : m_bucketStart[bucket - 1];
+                for (uint32_t i = begin; i < m_bucketStart[bucket]; ++i) {
+                    const Entry& e = m_sorted[i];
+                    if (e.cellX == x && e.cellY == y && (m_flags[e.box] & kImmovable) &&
+                        std::max(q.x0, e.minCellX) == x && std::max(q.y0, e.minCellY) == y) {
+                        Report(q.box, e.box, split, across, pairs);
+                    }
+                }
+            }
         }
     }
 }

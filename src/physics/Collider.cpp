@@ -12,6 +12,7 @@
 #include "physics/Polygon.h"
 #include "physics/SPH.h"
 #include "physics/Shapes.h"
+#include "util/LexicalCast.h"
 #include "util/Profiler.h"
 
 namespace physics {
@@ -102,6 +103,7 @@ void Collider::AssignBodies(const BodyList& bodies, const ParticleList& particle
     for (const ParticlePtr& particle : particles) {
         m_particles.push_back(particle.Get());
     }
+    size_t planesLeftOut = 0;
     for (const BodyPtr& body : bodies) {
         // The placed list is in ID order, the same in every run.
         for (const Body::PlacedGeom& placed : body->GetPlacedGeoms()) {
@@ -118,7 +120,11 @@ void Collider::AssignBodies(const BodyList& bodies, const ParticleList& particle
                     break;
                 }
                 case Geom::Collides::AsPlane:
-                    m_planes.push_back(static_cast<Plane*>(g));
+                    if (m_planes.size() < kMaxPlanes) {
+                        m_planes.push_back(static_cast<Plane*>(g));
+                    } else {
+                        ++planesLeftOut;
+                    }
                     break;
                 case Geom::Collides::AsBox:
                     m_boxes.push_back(static_cast<Box*>(g));
@@ -128,9 +134,17 @@ void Collider::AssignBodies(const BodyList& bodies, const ParticleList& particle
             }
         }
     }
+    if (planesLeftOut > 0 && !m_planesLogged) {
+        Log(logging::Warning, "Too many planes: " + util::LexicalCast<util::String>(planesLeftOut) +
+                                  " beyond the first " +
+                                  util::LexicalCast<util::String>(kMaxPlanes) +
+                                  " collide with nothing");
+    }
+    m_planesLogged = planesLeftOut > 0;
     m_polygonBounds.clear();
     m_circleBounds.clear();
     m_boxBounds.clear();
+    m_leftOutCount = 0;
     if (m_broadPhase) {
         for (const PolygonEntry& entry : m_polygons) {
             m_polygonBounds.push_back(BoundsOfPolygon(*entry.polygon));
@@ -141,7 +155,68 @@ void Collider::AssignBodies(const BodyList& bodies, const ParticleList& particle
         for (Box* box : m_boxes) {
             m_boxBounds.push_back(BoxOfOBB(box->GetOBB()));
         }
+        MarkCrowds();
     }
+    // A step that stayed within the limit lets the next one that reaches it say so again.
+    m_fullLogged = m_fullLogged && m_full;
+    m_full = false;
+    m_contactLimit = kContactsBase + kContactsPerBody * (m_polygons.size() + m_circles.size() +
+                                                         m_boxes.size() + m_particles.size());
+}
+
+void Collider::MarkCrowds() {
+    m_crowdShapes.clear();
+    for (const PolygonEntry& entry : m_polygons) {
+        m_crowdShapes.push_back({entry.polygon->GetBoundingBox(), entry.polygon->Area()});
+    }
+    for (const CircleEntry& entry : m_circles) {
+        m_crowdShapes.push_back({BoxOfCircle(entry.centre, entry.radius), entry.circle->Area()});
+    }
+    for (Box* box : m_boxes) {
+        m_crowdShapes.push_back({BoxOfOBB(box->GetOBB()), box->Area()});
+    }
+    m_leftOutCount = m_crowds.Mark(m_crowdShapes.data(), m_crowdShapes.size(), m_leftOut);
+    if (m_leftOutCount == 0) {
+        m_crowdLogged = false;
+        return;
+    }
+    if (!m_crowdLogged) {
+        Log(logging::Warning, "Too many shapes piled up in one place: " +
+                                  util::LexicalCast<util::String>(m_leftOutCount) +
+                                  " of them pass through one another");
+        m_crowdLogged = true;
+    }
+    size_t next = 0;
+    auto flag = [&](AbstractBody* body) -> uint8_t {
+        return static_cast<uint8_t>((body->IsImmovable() ? BroadPhase::kImmovable : 0) |
+                                    (m_leftOut[next++] ? BroadPhase::kLeftOut : 0));
+    };
+    m_polygonFlags.clear();
+    for (const PolygonEntry& entry : m_polygons) {
+        m_polygonFlags.push_back(flag(entry.body));
+    }
+    m_circleFlags.clear();
+    for (const CircleEntry& entry : m_circles) {
+        m_circleFlags.push_back(flag(entry.body));
+    }
+    m_boxFlags.clear();
+    for (Box* box : m_boxes) {
+        m_boxFlags.push_back(flag(box->GetBody()));
+    }
+}
+
+bool Collider::Full(const std::vector<ContactPtr>& contacts) {
+    if (contacts.size() < m_contactLimit) {
+        return false;
+    }
+    if (!m_fullLogged) {
+        Log(logging::Warning, "Too many contacts in one step: after " +
+                                  util::LexicalCast<util::String>(m_contactLimit) +
+                                  " the step's further pairs of shapes are not tested");
+        m_fullLogged = true;
+    }
+    m_full = true;
+    return true;
 }
 
 void Collider::Collide(std::vector<ContactPtr>& contacts) {
@@ -151,29 +226,24 @@ void Collider::Collide(std::vector<ContactPtr>& contacts) {
         CollidePlanes(contacts);
     }
     // Each group walks its candidate pairs in (i, j) order, or all pairs without the
-    // broad phase.
-    auto walkWithin = [&](size_t n, const std::vector<math::BoundingBox2f>& bounds, auto test) {
-        if (!m_broadPhase) {
-            for (size_t i = 0; i < n; ++i) {
-                for (size_t j = i + 1; j < n; ++j) {
-                    test(i, j);
-                }
-            }
-            return;
-        }
-        {
-            VORRA_PROFILE("Pairs");
-            m_pairFinder.Within(bounds, m_pairs);
-        }
+    // broad phase, and stops testing once the step has all the contacts it may have.
+    const bool crowded = m_leftOutCount > 0;
+    auto flagsOf = [crowded](const util::VectorPOD<uint8_t>& flags) {
+        return crowded ? flags.data() : nullptr;
+    };
+    auto walkPairs = [&](auto test) {
         for (const auto& [i, j] : m_pairs) {
+            if (Full(contacts)) {
+                return;
+            }
             test(i, j);
         }
     };
-    auto walkAcross = [&](size_t n, size_t m, const std::vector<math::BoundingBox2f>& first,
-                          const std::vector<math::BoundingBox2f>& second, auto test) {
+    auto walkWithin = [&](size_t n, const std::vector<math::BoundingBox2f>& bounds,
+                          const util::VectorPOD<uint8_t>& flags, auto test) {
         if (!m_broadPhase) {
             for (size_t i = 0; i < n; ++i) {
-                for (size_t j = 0; j < m; ++j) {
+                for (size_t j = i + 1; j < n && !Full(contacts); ++j) {
                     test(i, j);
                 }
             }
@@ -181,47 +251,65 @@ void Collider::Collide(std::vector<ContactPtr>& contacts) {
         }
         {
             VORRA_PROFILE("Pairs");
-            m_pairFinder.Across(first, second, m_pairs);
+            m_pairFinder.Within(bounds, m_pairs, flagsOf(flags));
         }
-        for (const auto& [i, j] : m_pairs) {
-            test(i, j);
+        walkPairs(test);
+    };
+    auto walkAcross = [&](size_t n, size_t m, const std::vector<math::BoundingBox2f>& first,
+                          const util::VectorPOD<uint8_t>& firstFlags,
+                          const std::vector<math::BoundingBox2f>& second,
+                          const util::VectorPOD<uint8_t>& secondFlags, auto test) {
+        if (!m_broadPhase) {
+            for (size_t i = 0; i < n; ++i) {
+                for (size_t j = 0; j < m && !Full(contacts); ++j) {
+                    test(i, j);
+                }
+            }
+            return;
         }
+        {
+            VORRA_PROFILE("Pairs");
+            m_pairFinder.Across(first, second, m_pairs, flagsOf(firstFlags), flagsOf(secondFlags));
+        }
+        walkPairs(test);
     };
     {
         VORRA_PROFILE("Polygon-Polygon");
-        walkWithin(m_polygons.size(), m_polygonBounds, [&](size_t i, size_t j) {
+        walkWithin(m_polygons.size(), m_polygonBounds, m_polygonFlags, [&](size_t i, size_t j) {
             CollidePolygonPolygon(contacts, m_polygons[i], m_polygons[j]);
         });
     }
     {
         VORRA_PROFILE("Circle-Circle");
-        walkWithin(m_circles.size(), m_circleBounds, [&](size_t i, size_t j) {
+        walkWithin(m_circles.size(), m_circleBounds, m_circleFlags, [&](size_t i, size_t j) {
             CollideCircleCircle(contacts, m_circles[i], m_circles[j]);
         });
     }
     {
         VORRA_PROFILE("Circle-Polygon");
-        walkAcross(m_circles.size(), m_polygons.size(), m_circleBounds, m_polygonBounds,
-                   [&](size_t i, size_t j) {
+        walkAcross(m_circles.size(), m_polygons.size(), m_circleBounds, m_circleFlags,
+                   m_polygonBounds, m_polygonFlags, [&](size_t i, size_t j) {
                        CollideCirclePolygon(contacts, m_circles[i], m_polygons[j]);
                    });
     }
     {
         VORRA_PROFILE("Box-Box");
-        walkWithin(m_boxes.size(), m_boxBounds,
+        walkWithin(m_boxes.size(), m_boxBounds, m_boxFlags,
                    [&](size_t i, size_t j) { CollideBoxBox(contacts, m_boxes[i], m_boxes[j]); });
     }
     {
         VORRA_PROFILE("Box-Polygon");
-        walkAcross(
-            m_boxes.size(), m_polygons.size(), m_boxBounds, m_polygonBounds,
-            [&](size_t i, size_t j) { CollideBoxPolygon(contacts, m_boxes[i], m_polygons[j]); });
+        walkAcross(m_boxes.size(), m_polygons.size(), m_boxBounds, m_boxFlags, m_polygonBounds,
+                   m_polygonFlags, [&](size_t i, size_t j) {
+                       CollideBoxPolygon(contacts, m_boxes[i], m_polygons[j]);
+                   });
     }
     {
         VORRA_PROFILE("Box-Circle");
-        walkAcross(
-            m_boxes.size(), m_circles.size(), m_boxBounds, m_circleBounds,
-            [&](size_t i, size_t j) { CollideBoxCircle(contacts, m_boxes[i], m_circles[j]); });
+        walkAcross(m_boxes.size(), m_circles.size(), m_boxBounds, m_boxFlags, m_circleBounds,
+                   m_circleFlags, [&](size_t i, size_t j) {
+                       CollideBoxCircle(contacts, m_boxes[i], m_circles[j]);
+                   });
     }
     CollideWater(contacts);
 }
@@ -261,6 +349,10 @@ void Collider::CollideWater(std::vector<ContactPtr>& contacts) {
         return circleMeetsWater(circle.centre, circle.radius) &&
                OBBOverlap(geom.GetOBB(), waterOBB);
     };
+    // Shapes left out of a crowd keep out of the water too.
+    auto takesPart = [this](const util::VectorPOD<uint8_t>& flags, size_t i) {
+        return m_leftOutCount == 0 || !(flags[i] & BroadPhase::kLeftOut);
+    };
     {
         VORRA_PROFILE("Plane-Water");
         const math::BoundingBox2f everywhere(Vec2(-math::Infinity(), -math::Infinity()),
@@ -275,24 +367,29 @@ void Collider::CollideWater(std::vector<ContactPtr>& contacts) {
     }
     {
         VORRA_PROFILE("Circle-Water");
-        for (const CircleEntry& c : m_circles) {
-            if (c.circle->collideWater && circleMeetsWater(c.centre, c.radius)) {
+        for (size_t i = 0; i < m_circles.size(); ++i) {
+            const CircleEntry& c = m_circles[i];
+            if (c.circle->collideWater && takesPart(m_circleFlags, i) &&
+                circleMeetsWater(c.centre, c.radius)) {
                 WaterAgainst(contacts, c.circle, BoxOfCircle(c.centre, c.radius).Expanded(slack));
             }
         }
     }
     {
         VORRA_PROFILE("Poly-Water");
-        for (const PolygonEntry& p : m_polygons) {
-            if (p.polygon->collideWater && shapeMeetsWater(*p.polygon)) {
+        for (size_t i = 0; i < m_polygons.size(); ++i) {
+            const PolygonEntry& p = m_polygons[i];
+            if (p.polygon->collideWater && takesPart(m_polygonFlags, i) &&
+                shapeMeetsWater(*p.polygon)) {
                 WaterAgainst(contacts, p.polygon, BoundsOfPolygon(*p.polygon).Expanded(slack));
             }
         }
     }
     {
         VORRA_PROFILE("Box-Water");
-        for (Box* box : m_boxes) {
-            if (box->collideWater && shapeMeetsWater(*box)) {
+        for (size_t i = 0; i < m_boxes.size(); ++i) {
+            Box* box = m_boxes[i];
+            if (box->collideWater && takesPart(m_boxFlags, i) && shapeMeetsWater(*box)) {
                 WaterAgainst(contacts, box, BoxOfOBB(box->GetOBB()).Expanded(slack));
             }
         }
@@ -302,6 +399,9 @@ void Collider::CollideWater(std::vector<ContactPtr>& contacts) {
 void Collider::WaterAgainst(std::vector<ContactPtr>& contacts, Geom* geom,
                             const math::BoundingBox2f& reach) {
     const float margin = m_particleMargin;
+    if (Full(contacts)) {
+        return;
+    }
     for (Particle* particle : m_particles) {
         const Vec2& p = particle->position;
         if (!reach.Contains(p)) {
@@ -316,6 +416,9 @@ void Collider::WaterAgainst(std::vector<ContactPtr>& contacts, Geom* geom,
 
 void Collider::CollidePlanes(std::vector<ContactPtr>& contacts) {
     for (Plane* plane : m_planes) {
+        if (Full(contacts)) {
+            return;
+        }
         AbstractBody* planeBody = plane->GetBody();
         const Vec2 n = plane->GetNormal();
         const float offset = plane->GetOffset();

@@ -7,6 +7,7 @@
 #include "math/BoundingBox2.h"
 #include "math/Vector2.h"
 #include "physics/BroadPhase.h"
+#include "physics/CrowdLimit.h"
 #include "physics/Forward.h"
 #include "physics/Particle.h"  // complete, for the default empty particle list
 
@@ -20,14 +21,29 @@ namespace physics {
 // for that group's own tests, then walked in the same (i, j) order as a plain walk over all
 // pairs would: the contacts are the same, in the same order, with the same indices, but a
 // scene of mostly separate bodies costs about linearly in its size.
+//
+// Two limits keep a step's work bounded whatever a scene holds; no sensible scene reaches
+// them. Shapes piled up at one place beyond what it can hold are left out of the pile (see
+// CrowdLimit): they still meet planes and immovable shapes, but not one another nor water.
+// A step makes at most kContactsBase contacts and kContactsPerBody more for each shape and
+// particle; pairs after that are not tested. And planes, which meet everything, collide only
+// up to kMaxPlanes of them. Each limit is logged when it begins to act.
 class Collider {
 public:
+    static constexpr size_t kContactsBase = size_t{1} << 17;
+    static constexpr size_t kContactsPerBody = 8;
+    static constexpr size_t kMaxPlanes = 64;
+
     explicit Collider(bool broadPhase = true) : m_broadPhase(broadPhase) {}
 
     // Sorts the bodies' geoms into the shape lists and takes the particles, with the skin
     // that the fluid's present radius gives them.
     void AssignBodies(const BodyList& bodies, const ParticleList& particles = ParticleList());
     void Collide(std::vector<ContactPtr>& contacts);
+
+    // Of the last AssignBodies: shapes left out of crowds, and the contact limit.
+    size_t GetLeftOutCount() const { return m_leftOutCount; }
+    size_t GetContactLimit() const { return m_contactLimit; }
 
     // The only way a contact is made; one with non-finite data is logged and dropped.
     static void AddContact(std::vector<ContactPtr>& contacts, Geom* a, Geom* b, size_t index,
@@ -45,6 +61,10 @@ private:
         float radius;
     };
 
+    // Finds the crowds among the shapes and sets the flags that the pair searches read.
+    void MarkCrowds();
+    // True once the step has all the contacts it may have; logs the first time.
+    bool Full(const std::vector<ContactPtr>& contacts);
     void CollidePlanes(std::vector<ContactPtr>& contacts);
     void CollidePolygonPolygon(std::vector<ContactPtr>& contacts, PolygonEntry& a, PolygonEntry& b);
     void CollideCircleCircle(std::vector<ContactPtr>& contacts, const CircleEntry& a,
@@ -75,6 +95,21 @@ private:
     std::vector<math::BoundingBox2f> m_boxBounds;
     BroadPhase m_pairFinder;
     BroadPhase::PairList m_pairs;
+
+    // The pair searches' flags per list (BroadPhase::Flags), kept only while some shape
+    // is left out of a crowd.
+    CrowdLimit m_crowds;
+    util::VectorPOD<CrowdLimit::Shape> m_crowdShapes;
+    util::VectorPOD<uint8_t> m_leftOut;
+    util::VectorPOD<uint8_t> m_polygonFlags;
+    util::VectorPOD<uint8_t> m_circleFlags;
+    util::VectorPOD<uint8_t> m_boxFlags;
+    size_t m_leftOutCount = 0;
+    bool m_crowdLogged = false;
+    bool m_planesLogged = false;
+    size_t m_contactLimit = kContactsBase;
+    bool m_full = false;
+    bool m_fullLogged = false;
 };
 
 }  // namespace physics

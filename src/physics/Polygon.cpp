@@ -168,8 +168,15 @@ Polygon::Polygon(const math::Vec2List& worldPoints, bool keepLocal) {
     while (m_vertices.size() > 1 && m_vertices.back() == m_vertices.front()) {
         m_vertices.pop_back();
     }
-    if (m_vertices.size() < 3) {
+    if (m_vertices.size() < 3 ||
+        !std::all_of(m_vertices.begin(), m_vertices.end(),
+                     [](const math::Vec2& v) { return math::IsFinite(v); })) {
         VORRA_THROW(BadDataException, "Bad polygon");
+    }
+    if (m_vertices.size() > kMaxVertices) {
+        VORRA_THROW(BadDataException,
+                    "Too many vertices in polygon: " + std::to_string(m_vertices.size()) +
+                        ", at most " + std::to_string(kMaxVertices));
     }
     const size_t n = m_vertices.size();
 
@@ -230,31 +237,17 @@ Polygon::Polygon(const math::Vec2List& worldPoints, bool keepLocal) {
         m_lines[i] = {m_vertices[i], m_vertices[(i + 1) % n]};
     }
 
-    for (size_t i = 0; i < n; ++i) {
-        for (size_t j = i + 1; j < n; ++j) {
-            if (Intersects(m_lines[i], m_lines[j])) {
-                VORRA_THROW(BadDataException, "Self-intersecting polygon");
-            }
-        }
+    if (AnyIntersect(m_lines)) {
+        VORRA_THROW(BadDataException, "Self-intersecting polygon");
     }
 
-    m_obb = math::OBB2D::BuildBest(m_vertices.data(), n);
-
-    // Circle around the two vertices farthest apart; the first such pair wins ties.
-    float farthest2 = -1;
-    size_t farA = 0;
-    size_t farB = 0;
-    for (size_t i = 0; i < n; ++i) {
-        for (size_t j = i + 1; j < n; ++j) {
-            const float d2 = (m_vertices[j] - m_vertices[i]).SquaredLength();
-            if (d2 > farthest2) {
-                farthest2 = d2;
-                farA = i;
-                farB = j;
-            }
-        }
-    }
-    m_localCircle.centre = (m_vertices[farA] + m_vertices[farB]) * 0.5f;
+    // The two vertices farthest apart give the tight box its main axis, and the bounding
+    // circle its centre.
+    const math::PointPair far = math::FarthestPair(m_vertices.data(), n);
+    const math::Vec2& farA = m_vertices[far.first];
+    const math::Vec2& farB = m_vertices[far.second];
+    m_obb = math::OBB2D::BuildBest(m_vertices.data(), n, math::Normalized(farB - farA));
+    m_localCircle.centre = (farA + farB) * 0.5f;
     float radius2 = 0;
     for (size_t i = 0; i < n; ++i) {
         radius2 = std::max(radius2, (m_vertices[i] - m_localCircle.centre).SquaredLength());
@@ -658,6 +651,44 @@ bool Intersects(const Line& lineA, const Line& lineB) {
     const float tA = math::Cross(w, s) / den;
     const float tB = math::Cross(w, r) / den;
     return tA >= 0 && tA <= 1 && tB >= 0 && tB <= 1;
+}
+
+bool AnyIntersect(const LineList& lines) {
+    const size_t n = lines.size();
+    constexpr size_t kRun = 32;
+    const size_t runs = (n + kRun - 1) / kRun;
+    // Lines whose boxes lie apart cannot meet, but the test's rounding could still say so
+    // for boxes a hair's breadth apart: the boxes grow by a margin well above that.
+    std::vector<math::BoundingBox2f> boxes(runs);
+    math::BoundingBox2f all;
+    for (size_t i = 0; i < n; ++i) {
+        boxes[i / kRun].Add(lines[i].a);
+        boxes[i / kRun].Add(lines[i].b);
+        all.Add(boxes[i / kRun]);
+    }
+    const float scale = std::max(
+        {std::fabs(all.min.x), std::fabs(all.min.y), std::fabs(all.max.x), std::fabs(all.max.y)});
+    const float margin = 1e-4f * scale;
+    for (math::BoundingBox2f& box : boxes) {
+        box = box.Expanded(margin);
+    }
+    for (size_t r = 0; r < runs; ++r) {
+        for (size_t s = r; s < runs; ++s) {
+            if (!boxes[r].Overlaps(boxes[s])) {
+                continue;
+            }
+            const size_t endR = std::min(n, (r + 1) * kRun);
+            const size_t endS = std::min(n, (s + 1) * kRun);
+            for (size_t i = r * kRun; i < endR; ++i) {
+                for (size_t j = std::max(i + 1, s * kRun); j < endS; ++j) {
+                    if (Intersects(lines[i], lines[j])) {
+                        return true;
+                    }
+                }
+            }
+        }
+    }
+    return false;
 }
 
 bool MayTouch(const Polygon& a, const Polygon& b) {

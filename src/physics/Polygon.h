@@ -41,10 +41,14 @@ struct BuildCell {
 class Polygon final : public Geom {
 public:
     static constexpr int kMapSize = 128;
+    // A drawn outline has a few hundred points; this many bounds the work of a polygon that
+    // nobody drew, whose crossing test could otherwise take minutes.
+    static constexpr size_t kMaxVertices = 8192;
 
     // The points are in world space, in either winding. The polygon comes out with these
     // world vertices, counter-clockwise, placed at its centroid. Throws BadDataException for
-    // fewer than three distinct points or crossing edges.
+    // fewer than three distinct points, a point that is not finite, more than kMaxVertices
+    // or crossing edges.
     explicit Polygon(const math::Vec2List& worldPoints);
     // Points already in a local frame about their centroid, as a file keeps them: they stay
     // as they are, so that writing the polygon again gives the same numbers.
@@ -225,6 +229,9 @@ math::Vec2List AssertMaxDist(const math::Vec2List& points, math::real maxDist);
 // that starts where the other ends does not, so that neighbours in a chain never count.
 // Parallel segments never meet.
 bool Intersects(const Line& lineA, const Line& lineB);
+// Whether any two of the lines meet, by the test above; lines in runs whose boxes lie apart
+// are passed over together.
+bool AnyIntersect(const LineList& lines);
 
 // The cheap test that two polygons may touch: bounding circles strictly closer than their
 // radii, oriented boxes overlapping, and each circle's centre within the other's reach.

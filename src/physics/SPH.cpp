@@ -1,11 +1,13 @@
 #include "physics/SPH.h"
 
+#include <algorithm>
 #include <cmath>
 
 #ifdef __SSE2__
 #include <emmintrin.h>
 #endif
 
+#include "logging/Log.h"
 #include "math/MathUtil.h"
 #include "physics/Particle.h"
 #include "util/LexicalCast.h"
@@ -23,19 +25,24 @@ namespace {
 const ParticleHash::Key kHalfNeighbourhood[] = {{0, 0}, {0, 1}, {1, -1}, {1, 0}, {1, 1}};
 
 // Appends the pairs of slot i with the slots from first to last whose squared distance is
-// below reach, in the order of the slots. Four candidates are tested at once; their
+// below reach, in the order of the slots, while both lists have room: counts holds each
+// slot's list length so far, at most cap. Four candidates are tested at once; their
 // arithmetic is the scalar one, lane by lane, so the distances are the same bits.
 void FindPairs(uint32_t i, uint32_t first, uint32_t last, const real* xs, const real* ys,
-               real reach, util::VectorPOD<SPH::Pair>& pairs) {
+               real reach, uint32_t* counts, uint32_t cap, util::VectorPOD<SPH::Pair>& pairs) {
     auto add = [&](uint32_t j, real d2) {
-        pairs.push_back({i, j, std::sqrt(d2), Vec2(xs[j] - xs[i], ys[j] - ys[i])});
+        if (counts[j] < cap && counts[i] < cap) {
+            pairs.push_back({i, j, std::sqrt(d2), Vec2(xs[j] - xs[i], ys[j] - ys[i])});
+            ++counts[i];
+            ++counts[j];
+        }
     };
 #ifdef __SSE2__
     static_assert(ParticleHash::kPadding >= 4);
     const __m128 xi = _mm_set1_ps(xs[i]);
     const __m128 yi = _mm_set1_ps(ys[i]);
     const __m128 limit = _mm_set1_ps(reach);
-    for (uint32_t j = first; j < last; j += 4) {
+    for (uint32_t j = first; j < last && counts[i] < cap; j += 4) {
         const __m128 dx = _mm_sub_ps(_mm_loadu_ps(xs + j), xi);
         const __m128 dy = _mm_sub_ps(_mm_loadu_ps(ys + j), yi);
         const __m128 d2 = _mm_add_ps(_mm_mul_ps(dx, dx), _mm_mul_ps(dy, dy));
@@ -56,7 +63,7 @@ void FindPairs(uint32_t i, uint32_t first, uint32_t last, const real* xs, const 
         }
     }
 #else
-    for (uint32_t j = first; j < last; ++j) {
+    for (uint32_t j = first; j < last && counts[i] < cap; ++j) {
         const real dx = xs[j] - xs[i];
         const real dy = ys[j] - ys[i];
         const real d2 = dx * dx + dy * dy;
@@ -148,6 +155,21 @@ void SPH::Update(const ParticleList& particles, real dt) {
     PublishStatistics();
 }
 
+uint32_t SPH::GetNeighbourCap() const {
+    const double spread = influence->Get() / 2.0;
+    return CapOf(kNeighbourCap * spread * spread);
+}
+
+uint32_t SPH::GetCellCap() const {
+    const double spread = bucketSize->Get() * influence->Get() / 4.0;
+    return CapOf(kCellCap * spread * spread);
+}
+
+uint32_t SPH::CapOf(double scaled) {
+    // Never below what a few neighbours need, and a count that fits the slots' type.
+    return static_cast<uint32_t>(std::clamp(std::ceil(scaled), double{kMinCap}, 1e9));
+}
+
 void SPH::FindNeighbors() {
     VORRA_PROFILE("FindNeighbors");
     const real h = GetKernelRadius();
@@ -159,35 +181,38 @@ void SPH::FindNeighbors() {
     const real* xs = m_hash.Xs();
     const real* ys = m_hash.Ys();
     const real reach = h * h;
+    const size_t count = m_hash.MemberCount();
+    // Each list starts with the particle itself.
+    m_listCount.resize(count);
+    std::fill(m_listCount.begin(), m_listCount.end(), 1u);
+    const uint32_t listCap = GetNeighbourCap();
+    const uint32_t cellCap = GetCellCap();
+    size_t leftOut = 0;
     // The pairs first, in the order the cells meet them; each list is then the particle
     // itself followed by its pairs in that order, all lists in one store in slot order.
     m_pairs.clear();
     m_hash.ForEachCell([&](const ParticleHash::Cell& a) {
+        const uint32_t countA = std::min(a.count, cellCap);
+        leftOut += a.count - countA;
         for (const ParticleHash::Key& offset : kHalfNeighbourhood) {
             const ParticleHash::Cell* b = m_hash.Find(a.key + offset);
             if (!b) {
                 continue;
             }
             const bool same = b == &a;
-            const uint32_t endB = b->first + b->count;
-            for (uint32_t i = a.first; i < a.first + a.count; ++i) {
-                FindPairs(i, same ? i + 1 : b->first, endB, xs, ys, reach, m_pairs);
+            const uint32_t endB = b->first + std::min(b->count, cellCap);
+            for (uint32_t i = a.first; i < a.first + countA; ++i) {
+                FindPairs(i, same ? i + 1 : b->first, endB, xs, ys, reach, m_listCount.data(),
+                          listCap, m_pairs);
             }
         }
     });
+    ReportPileUp(leftOut, listCap);
 
-    const size_t count = m_hash.MemberCount();
     m_listStart.resize(count + 1);
     m_listStart[0] = 0;
     for (size_t slot = 0; slot < count; ++slot) {
-        m_listStart[slot + 1] = 1;
-    }
-    for (const Pair& pair : m_pairs) {
-        ++m_listStart[pair.i + 1];
-        ++m_listStart[pair.j + 1];
-    }
-    for (size_t slot = 0; slot < count; ++slot) {
-        m_listStart[slot + 1] += m_listStart[slot];
+        m_listStart[slot + 1] = m_listStart[slot] + m_listCount[slot];
     }
     m_entries.resize(m_listStart[count]);
     m_listEnd.assign(m_listStart.begin(), m_listStart.begin() + count);
@@ -204,6 +229,26 @@ void SPH::FindNeighbors() {
         members[slot]->neighbours =
             Particle::NeighbourList(entries + m_listStart[slot], entries + m_listStart[slot + 1]);
     }
+}
+
+void SPH::ReportPileUp(size_t leftOut, uint32_t listCap) {
+    size_t full = 0;
+    for (uint32_t listed : m_listCount) {
+        full += listed >= listCap ? 1 : 0;
+    }
+    if (leftOut > 0 && !m_leftOutLogged) {
+        Log(logging::Warning,
+            "Too much water in one place: " + util::LexicalCast<util::String>(leftOut) +
+                " particles there are left out of the fluid and evaporate");
+    }
+    m_leftOutLogged = leftOut > 0;
+    if (full > 0 && !m_fullListsLogged) {
+        Log(logging::Warning,
+            "Too much water in one place: " + util::LexicalCast<util::String>(full) +
+                " particles there see only " + util::LexicalCast<util::String>(listCap - 1) +
+                " of their neighbours");
+    }
+    m_fullListsLogged = full > 0;
 }
 
 void SPH::CalcSPHForces() {

@@ -49,7 +49,7 @@ constinit PoolState s_pool{};
 }  // namespace
 
 void* SmallObjectPool::Allocate(size_t size) {
-#if !defined(__SANITIZE_ADDRESS__)
+#if !defined(VORRA_ADDRESS_SANITIZER)
     if (size != 0 && size <= kMaxSize) {
         const size_t sizeClass = ClassOf(size);
         if (!s_pool.free[sizeClass]) {
@@ -71,7 +71,7 @@ void SmallObjectPool::Free(void* memory, size_t size) noexcept {
     if (!memory) {
         return;
     }
-#if !defined(__SANITIZE_ADDRESS__)
+#if !defined(VORRA_ADDRESS_SANITIZER)
     if (size != 0 && size <= kMaxSize) {
         const size_t sizeClass = ClassOf(size);
         FreeNode* node = static_cast<FreeNode*>(memory);

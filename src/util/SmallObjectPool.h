@@ -2,6 +2,15 @@
 
 #include <cstddef>
 
+// Set when the address sanitizer is in the build: gcc names it, clang tells it by feature.
+#if defined(__SANITIZE_ADDRESS__)
+#define VORRA_ADDRESS_SANITIZER 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define VORRA_ADDRESS_SANITIZER 1
+#endif
+#endif
+
 namespace util {
 
 // Memory for the many small reference-counted objects of the program (script trees and
