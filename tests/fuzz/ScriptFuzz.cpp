@@ -1,71 +1,39 @@
 // libFuzzer target for the script language: tokenize, parse, print, re-parse, execute.
 // Built and run by scripts/fuzz.sh; not part of the normal test suite.
 //
-// Every input starts from the same root: what a run added to the root closure, the math
-// object or the root scope's infix functions is removed before the next one, so that a
-// finding reproduces from its own bytes.
+// Every input starts from the same root: what a run added to or changed in the root
+// closure, the objects held there (math) or the root's infix functions is undone before
+// the next one (RootBaseline), so that a finding reproduces from its own bytes.
 
 #include <cctype>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <map>
-#include <set>
-#include <vector>
 
+#include "RootBaseline.h"
 #include "logging/Logger.h"
-#include "script/ClassObject.h"
-#include "script/Closure.h"
 #include "script/Expressions.h"
-#include "script/Infix.h"
 #include "script/Parser.h"
-#include "script/Scope.h"
 #include "script/Tokenizer.h"
 #include "util/Pointee.h"
-#include "util/Profiler.h"
 
 namespace {
 
 struct Baseline {
-    // Root variables as they were at start-up, and the members of each class object
-    // held there (math).
-    std::map<util::String, script::ObjectPtr> rootValues;
-    std::map<util::String, std::set<util::String>> memberNames;
-    size_t scopeInfixes = 0;
-    size_t closureInfixes = 0;
+    fuzz::RootBaseline root;
     bool strictRoundTrip = false;
     // Objects alive after a restore; more after a later input means a reference cycle.
     bool countLive = false;
     size_t liveObjects = 0;
 };
 
-// The scope keeps its infix functions in a vector that it only exposes read-only. The
-// vector itself is not const, so cutting it back to the start-up length is sound.
-void TruncateInfixes(const script::Scope& scope, size_t count) {
-    auto& infixes = const_cast<std::vector<script::InfixPtr>&>(scope.GetInfixes());
-    if (infixes.size() > count) {
-        infixes.resize(count);
-    }
-}
-
 Baseline& Setup() {
     static Baseline* baseline = [] {
         // A logger without sinks: Log() goes nowhere, no file, no stdout.
         logging::Logger::Get();
-        script::Parser& parser = script::Parser::Get();
-        parser.SetErrorHandler([](const util::String&) {});
+        script::Parser::Get().SetErrorHandler([](const util::String&) {});
         auto* b = new Baseline();
-        for (const auto& [name, variable] : parser.GetRootClosure()->GetVariableMap()) {
-            b->rootValues[name] = variable->GetValue();
-            if (const auto* object =
-                    dynamic_cast<const script::ClassObject*>(variable->GetValue().Get())) {
-                for (const auto& member : object->GetVariableMap()) {
-                    b->memberNames[name].insert(member.first);
-                }
-            }
-        }
-        b->scopeInfixes = parser.GetRootScope()->GetInfixes().size();
-        b->closureInfixes = parser.GetRootClosure()->GetInfixes().size();
+        b->root.Capture();
         b->strictRoundTrip = std::getenv("VORRA_FUZZ_STRICT_ROUNDTRIP") != nullptr;
         b->countLive = std::getenv("VORRA_FUZZ_COUNT_LIVE") != nullptr;
         return b;
@@ -99,52 +67,6 @@ bool KnownNotToRoundTrip(const util::String& code) {
     return false;
 }
 
-void RemoveExtraVariables(script::ClassObject& object, const std::set<util::String>& keep) {
-    std::vector<util::String> extra;
-    for (const auto& entry : object.GetVariableMap()) {
-        if (keep.find(entry.first) == keep.end()) {
-            extra.push_back(entry.first);
-        }
-    }
-    for (const util::String& name : extra) {
-        object.RemoveVariable(name);
-    }
-}
-
-// Back to the start-up state. User functions hold the root closure strongly, so removing
-// them is also what lets their trees and closures go.
-void Restore(const Baseline& baseline) {
-    script::Parser& parser = script::Parser::Get();
-    const script::ClosurePtr& root = parser.GetRootClosure();
-    std::set<util::String> rootNames;
-    for (const auto& entry : baseline.rootValues) {
-        rootNames.insert(entry.first);
-    }
-    RemoveExtraVariables(*root, rootNames);
-    for (const auto& [name, value] : baseline.rootValues) {
-        const script::VariablePtr variable = root->GetVariable(name);
-        if (!variable) {
-            root->AddVariable(name, value);
-        } else if (variable->GetValue() != value) {
-            variable->SetValue(value);
-        }
-    }
-    for (const auto& [name, members] : baseline.memberNames) {
-        auto* object = dynamic_cast<script::ClassObject*>(root->GetValue(name).Get());
-        if (object) {
-            RemoveExtraVariables(*object, members);
-        }
-    }
-    TruncateInfixes(*parser.GetRootScope(), baseline.scopeInfixes);
-    TruncateInfixes(*root, baseline.closureInfixes);
-
-    // Two frames, so that the logger's repeat suppression forgets this input's texts.
-    logging::Logger::Get().Update();
-    logging::Logger::Get().Update();
-    util::Profiler::Get().Reset();
-    util::SweepHandles();
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -164,7 +86,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             const util::String code = block->ToCode();
             // The first parse may have declared infix functions in the root scope; the
             // printed code declares them again.
-            TruncateInfixes(*parser.GetRootScope(), baseline.scopeInfixes);
+            baseline.root.TruncateScopeInfixes();
             const bool strict = baseline.strictRoundTrip && !KnownNotToRoundTrip(code);
             if (const script::CodeBlockPtr again = parser.Parse(code)) {
                 const util::String code2 = again->ToCode();
@@ -177,7 +99,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             parser.Execute(script::ExpressionPtr(block));
         }
     }
-    Restore(baseline);
+    baseline.root.Restore();
+    fuzz::EndFrames();
     if (baseline.countLive) {
         // The first input sets the mark: the logger's and profiler's own objects exist by
         // then.
