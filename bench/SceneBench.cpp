@@ -3,6 +3,7 @@
 //   build/bin/vorra-scene-bench
 
 #include <benchmark/benchmark.h>
+#include <filesystem>
 
 #include <chrono>
 #include <cmath>
@@ -34,6 +35,21 @@ void BM_SaveScene(benchmark::State& state) {
     }
     state.counters["bytes"] = static_cast<double>(bytes);
     state.counters["entities"] = static_cast<double>(app::Scene::Get().GetEntities().size());
+}
+
+// The program's save: the text, parsed back so that a text that would not load never
+// replaces the file, then written and renamed into place.
+void BM_SaveSceneFile(benchmark::State& state) {
+    bench::MakeServices();
+    bench::BuildScene(SizeWith(static_cast<int>(state.range(0))));
+    const util::String path = std::filesystem::temp_directory_path() / "vorra-scene-bench.vra";
+    for (auto _ : state) {
+        if (!app::Serializer::Get().Save(path)) {
+            state.SkipWithError("the save failed");
+            break;
+        }
+    }
+    std::filesystem::remove(path);
 }
 
 void BM_LoadScene(benchmark::State& state) {
@@ -136,6 +152,7 @@ void BM_MakePolygon(benchmark::State& state) {
 
 // The argument is the number of polygons: each builds its distance map when it is made.
 BENCHMARK(BM_SaveScene)->Arg(500)->Arg(0)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_SaveSceneFile)->Arg(0)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 // Polygon maps build on helper threads during a load: the time is the wall clock.
 BENCHMARK(BM_LoadScene)
     ->Arg(500)

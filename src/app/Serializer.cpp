@@ -338,25 +338,7 @@ void Serializer::WriteGroups(const std::function<int(const Entity*)>& idOf,
 }
 
 bool Serializer::Save(const util::String& path) const {
-    const util::String text = Serialize();
-    // The old file stays until the new one is written whole.
-    const util::String temporary = path + ".saving";
-    {
-        std::ofstream file(temporary, std::ios::out | std::ios::trunc | std::ios::binary);
-        file << text;
-        file.flush();
-        if (!file) {
-            Log(logging::Error, "Couldn't write scene file " + path);
-            util::FileSystem::Get().Remove(temporary);
-            return false;
-        }
-    }
-    // Replacing by a rename is all or nothing: no half-written file takes the old one's place.
-    std::error_code error;
-    std::filesystem::rename(temporary, path, error);
-    if (error) {
-        Log(logging::Error, "Couldn't write scene file " + path + ": " + error.message());
-        util::FileSystem::Get().Remove(temporary);
+    if (!script::Parser::Get().WriteChecked(path, Serialize())) {
         return false;
     }
     FileInfo::Get().SetFileName(path);
@@ -435,18 +417,6 @@ bool Serializer::Read(const util::String& path, SceneText& out) const {
 
 GroupPtr Serializer::Deserialize(const SceneText& scene) {
     return scene.tree ? Deserialize(scene.tree) : Deserialize(scene.text);
-}
-
-bool Serializer::Load(const util::String& path) {
-    // A text that does not parse would load nothing: the scene in hand stays.
-    SceneText scene;
-    if (!Read(path, scene)) {
-        return false;
-    }
-    Scene::Get().Clear();
-    FileInfo::Get().SetFileName(path);
-    Deserialize(scene);
-    return true;
 }
 
 void Serializer::BeginRestoring() {

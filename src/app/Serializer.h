@@ -54,10 +54,8 @@ public:
     // False, with the reason reported, for a file that cannot be read or does not parse.
     bool Read(const util::String& path, SceneText& out) const;
     GroupPtr Deserialize(const SceneText& scene);
-    // The program's load: a file that does not parse leaves the present scene untouched;
-    // otherwise the scene is cleared and the file loaded. False when nothing was loaded.
-    bool Load(const util::String& path);
-    // The program's save; the old file stays until the new one is whole.
+    // The program's save, the autosave's and the exit save's: a text that would not load
+    // again never replaces the file (see script::Parser::WriteChecked).
     bool Save(const util::String& path) const;
 
     // The creators behind Scene.addPlane and the rest.

@@ -38,8 +38,20 @@ public:
 
     // Runs a configuration file. A missing or broken file is logged, never fatal.
     void LoadConfig(const util::String& path);
-    // Writes the whole tree under the root as script text.
-    void SaveConfig(const util::String& path);
+    // Writes the whole tree under the root as script text, as WriteChecked does.
+    bool SaveConfig(const util::String& path);
+
+    // Whether the text parses, with no trace: declarations it makes stay in a scope of
+    // their own, and the reason it does not parse comes back in error instead of going to
+    // the error handler.
+    bool Parses(const util::String& text, util::String& error);
+    // Writes script text meant to be read again (a scene, the configuration) so that a
+    // file which loaded before still loads: the text is parsed back first. If it would not
+    // parse, the file on disk stays as it was, the text goes beside it with ".broken"
+    // appended, and the log names the statement, and in an entity's line the key, that
+    // broke it. Otherwise the text replaces the file in one rename, never half written.
+    // False, with the reason logged, when the file was not replaced.
+    bool WriteChecked(const util::String& path, const util::String& text);
 
     // Completes the word at the end of the line in place. Returns the candidates when
     // there are several, else nothing.

@@ -2,9 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+
+#include "app/Actions.h"
 #include "app/FileInfo.h"
 #include "app/Scene.h"
 #include "app/Serializer.h"
+#include "app/Undoer.h"
 #include "app/entities/BoxEntity.h"
 #include "app/entities/CircleEntity.h"
 #include "app/entities/ControlInputs.h"
@@ -61,10 +65,21 @@ protected:
     }
 
     static util::String Save() { return app::Serializer::Get().Serialize(); }
-    // The program's load of a text: the scene cleared, then the text run.
+    // The program's load of a file, as the window's open and the shell's --load make it: a
+    // step of the history through the scene loader. False when nothing was loaded.
+    static bool LoadFile(const util::String& path) {
+        const util::SharedPtr<app::SceneLoader> loader(
+            new app::SceneLoader("UndoLoadScene", false, path));
+        app::Undoer::Get().Do(loader);
+        return loader->HasLoaded();
+    }
+    // The same for a text, from a file of its own; the entities it made, none when it did
+    // not load.
     static app::GroupPtr Reload(const util::String& text) {
-        GetScene().Clear();
-        return app::Serializer::Get().Deserialize(text);
+        const util::String path = testing::TempDir() + "reload.vra";
+        std::ofstream(path, std::ios::out | std::ios::trunc | std::ios::binary) << text;
+        return LoadFile(path) ? app::Serializer::Get().GetCreated()
+                              : app::GroupPtr(new app::Group());
     }
 };
 

@@ -114,7 +114,7 @@ TEST_F(SceneTest, EveryEntityRoundTripsAndTheTextRepeats) {
         before.emplace_back(entity->GetReflectedName(), AttributeCode(*entity));
     }
 
-    test::LogCapture log;
+    test::LogCapture log(test::LogCapture::kProblems);
     Reload(first);
     EXPECT_TRUE(log.Lines().empty()) << log.Text();
     EXPECT_EQ(Save(), first);
@@ -254,9 +254,9 @@ TEST_F(SceneTest, TextsThatDoNotParseOrAreNoSceneLoseNothing) {
                 "Scene.addBox({size = [1.0, 1.0]; pos = [(2.0, 0.0]";
     }
     test::LogCapture log;
-    EXPECT_FALSE(Serializer::Get().Load(path));
+    EXPECT_FALSE(LoadFile(path));
     EXPECT_EQ(GetScene().GetEntities().size(), 1u);  // the scene in hand stays
-    EXPECT_FALSE(Serializer::Get().Load(testing::TempDir() + "missing.vra"));
+    EXPECT_FALSE(LoadFile(testing::TempDir() + "missing.vra"));
     EXPECT_EQ(GetScene().GetEntities().size(), 1u);
 
     // Garbage of every byte and every cut of a good file load what they can.
@@ -269,8 +269,51 @@ TEST_F(SceneTest, TextsThatDoNotParseOrAreNoSceneLoseNothing) {
     for (size_t cut = 0; cut < text.size(); cut += 97) {
         Reload(text.substr(0, cut));
     }
-    EXPECT_TRUE(Serializer::Get().Load(good));
+    EXPECT_TRUE(LoadFile(good));
     EXPECT_EQ(GetScene().GetEntities().size(), 1u);
+}
+
+// Strings print as they stand, so a title ending in a backslash escapes its own closing
+// quote: the text would not load. The save keeps the good file and puts the text beside it.
+TEST_F(SceneTest, ASaveThatWouldNotLoadAgainKeepsTheFileItWouldReplace) {
+    const util::String path = testing::TempDir() + "guarded.vra";
+    const util::String broken = path + ".broken";
+    std::remove(broken.c_str());
+    AddBox({0, 0});
+    ASSERT_TRUE(Serializer::Get().Save(path));
+    const util::String good = util::FileSystem::Get().ReadTextFile(path);
+
+    AddCircle({2, 0}, 0.5f);
+    app::FileInfo::Get().title->SetNative("C:\\scenes\\");
+    {
+        test::LogCapture log(test::LogCapture::kProblems);
+        EXPECT_FALSE(Serializer::Get().Save(path));
+        EXPECT_TRUE(log.Contains("Couldn't save " + path)) << log.Text();
+        EXPECT_TRUE(log.Contains(", FileInfo.title: ")) << log.Text();
+        EXPECT_TRUE(log.Contains("the text is in " + broken)) << log.Text();
+    }
+    EXPECT_EQ(util::FileSystem::Get().ReadTextFile(path), good);
+    EXPECT_EQ(util::FileSystem::Get().ReadTextFile(broken), Save());
+    EXPECT_FALSE(util::FileSystem::Get().Exists(path + ".saving"));
+
+    // In an entity's line the key is named.
+    app::FileInfo::Get().title->SetNative("fixed");
+    GetScene().GetOrCreateGroup("left\\")->Add(GetScene().GetEntities()[0]);
+    {
+        test::LogCapture log(test::LogCapture::kProblems);
+        EXPECT_FALSE(Serializer::Get().Save(path));
+        EXPECT_TRUE(log.Contains(", key name: ")) << log.Text();
+    }
+    EXPECT_EQ(util::FileSystem::Get().ReadTextFile(path), good);
+
+    // Fixed, it saves, and the file loads with both shapes.
+    GetScene().GetGroup("left\\")->SetName("left");
+    ASSERT_TRUE(Serializer::Get().Save(path));
+    ASSERT_TRUE(LoadFile(path));
+    EXPECT_EQ(GetScene().GetEntities().size(), 2u);
+    EXPECT_EQ(app::FileInfo::Get().title->Get(), "fixed");
+    std::remove(path.c_str());
+    std::remove(broken.c_str());
 }
 
 TEST_F(SceneTest, OldFilesLoadInPhases) {

@@ -77,7 +77,7 @@ protected:
 
 TEST_F(SnapshotTest, RestoredWorldContinuesBitForBit) {
     // Shapes, a motor, springs, a chain, water and a pen: everything that moves.
-    ASSERT_TRUE(app::Serializer::Get().Load(VORRA_SCENES_DIR "/welcome.vra"));
+    ASSERT_TRUE(LoadFile(VORRA_SCENES_DIR "/welcome.vra"));
     ASSERT_FALSE(Simulation::Get().GetParticles().empty());
     ASSERT_FALSE(Simulation::Get().GetHinges().empty());
     ASSERT_FALSE(Simulation::Get().GetJoints().empty());

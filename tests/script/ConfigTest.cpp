@@ -86,6 +86,22 @@ TEST_F(ConfigTest, SavedLoadedAndSavedAgainGivesTheSameText) {
     EXPECT_EQ(ReadFile(m_path), first);
 }
 
+// The configuration saves through the same guard as scenes: a value that would not read
+// back leaves the last good file in place, and the check reports nothing to the console.
+TEST_F(ConfigTest, ASaveThatWouldNotLoadAgainKeepsTheOldFile) {
+    ASSERT_TRUE(m_parser.SaveConfig(m_path));
+    const util::String good = ReadFile(m_path);
+    m_settings->title->SetNative("ends in \\");
+    errors.clear();
+    warnings.clear();
+    EXPECT_FALSE(m_parser.SaveConfig(m_path));
+    EXPECT_EQ(ReadFile(m_path), good);
+    EXPECT_TRUE(WarnedWith(", " + m_name + ".title: ")) << ::testing::PrintToString(warnings);
+    EXPECT_TRUE(errors.empty());
+    EXPECT_NE(ReadFile(m_path + ".broken").find("ends in \\\""), util::String::npos);
+    std::filesystem::remove(m_path + ".broken");
+}
+
 TEST_F(ConfigTest, NativeFloatsPrintWithSixteenDigitsAndReadBackExactly) {
     m_settings->gravity->SetNative(0.1f);
     m_parser.SaveConfig(m_path);

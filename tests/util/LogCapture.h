@@ -15,13 +15,17 @@ namespace test {
 // output, so that is captured instead; if another test has made the logger, a sink is added.
 class LogCapture {
 public:
-    LogCapture() {
-        if (logging::Logger::IsAlive()) {
+    // Warnings, checks and errors: what tells of a problem.
+    static constexpr unsigned kProblems = 7;
+
+    // A mask needs the logger's levels: the logger is made for it.
+    explicit LogCapture(unsigned mask = ~0u) {
+        if (logging::Logger::IsAlive() || mask != ~0u) {
             // Forget earlier texts so that the repeat suppression does not eat ours.
             logging::Logger::Get().Update();
             logging::Logger::Get().Update();
             m_sink = logging::ILoggerPtr(new logging::FunctionLogger(
-                ~0u, [this](const util::String& line) { m_lines.push_back(line); }));
+                mask, [this](const util::String& line) { m_lines.push_back(line); }));
             logging::Logger::Get().Add(m_sink);
         } else {
             testing::internal::CaptureStdout();
