@@ -264,12 +264,18 @@ util::String Serializer::Write(const std::vector<EntityPtr>& entities, bool whol
         statements.push_back("Scene." + command + "(" + InlineFunction(keys) + ")");
     }
 
-    if (wholeScene && !sim.GetParticles().empty()) {
-        script::ObjectList positions;
+    script::ObjectList positions;
+    if (wholeScene) {
         positions.reserve(sim.GetParticles().size());
+        // A particle whose numbers broke in the last step leaves at the next; the file
+        // never holds it, since a "nan" would not read back.
         for (const physics::ParticlePtr& particle : sim.GetParticles()) {
-            positions.push_back(script::ValueToObject(particle->position));
+            if (!particle->IsBad()) {
+                positions.push_back(script::ValueToObject(particle->position));
+            }
         }
+    }
+    if (!positions.empty()) {
         AttributeMap keys;
         keys["vecs"] = script::ObjectPtr(new script::List(std::move(positions)));
         statements.push_back("Scene.addWater(" + InlineFunction(keys) + ")");

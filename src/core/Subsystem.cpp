@@ -25,6 +25,10 @@ namespace core {
 namespace {
 
 constexpr int kLargestWindowSide = 4096;
+// Below this nothing of the interface fits; a saved size of 0 must not come back as a
+// window of one pixel at every start.
+constexpr int kSmallestWindowWidth = 320;
+constexpr int kSmallestWindowHeight = 240;
 
 double SdlSeconds() {
     return SDL_GetTicks() / 1000.0;
@@ -145,8 +149,16 @@ void Subsystem::CreateWindow(WindowParams params) {
     Log(logging::Info, "Creating window...");
     // The resource manager releases all graphics resources here once it exists.
 
-    params.resolution.x = std::clamp(params.resolution.x, 1, kLargestWindowSide);
-    params.resolution.y = std::clamp(params.resolution.y, 1, kLargestWindowSide);
+    if (params.resolution.x < kSmallestWindowWidth || params.resolution.y < kSmallestWindowHeight) {
+        Log(logging::Warning, "A window of " + std::to_string(params.resolution.x) + " by " +
+                                  std::to_string(params.resolution.y) +
+                                  " is too small to use; it is made at least " +
+                                  std::to_string(kSmallestWindowWidth) + " by " +
+                                  std::to_string(kSmallestWindowHeight));
+    }
+    params.resolution.x = std::clamp(params.resolution.x, kSmallestWindowWidth, kLargestWindowSide);
+    params.resolution.y =
+        std::clamp(params.resolution.y, kSmallestWindowHeight, kLargestWindowSide);
     int desktopWidth = 0;
     int desktopHeight = 0;
     if (GetDesktopSize(desktopWidth, desktopHeight)) {

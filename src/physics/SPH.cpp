@@ -80,7 +80,8 @@ bool IsMovable(const Particle& particle) {
 
 }  // namespace
 
-SPH::SPH() : script::Reflected("SPH") {
+SPH::SPH()
+    : script::Reflected("SPH"), m_radiusLimits(*this, true), m_influenceLimits(*this, false) {
     RegisterAttributes();
     // The figures read as zero until the first step with water.
     for (const char* figure : {"AVG_neighCount", "AVG_pressure", "AVG_density"}) {
@@ -107,6 +108,47 @@ void SPH::RegisterAttributes() {
     AddAttrib(surfaceTension, "surfaceTension", 0.0f);
     AddAttrib(jitter, "jitter", 0.0f);
     AddAttrib(bucketSize, "bucketSize", 2.0f);
+    SetLimits();
+}
+
+void SPH::SetLimits() {
+    using script::NumberRange;
+    for (script::AttribPtr<float>* finite :
+         {&friction, &restitution, &soundSpeed, &viscosity, &pressMultiplier, &viscMultiplier,
+          &surfaceTension, &jitter}) {
+        (*finite)->SetLimits(NumberRange::Finite());
+    }
+    // Water that never evaporates is fine; NaN never compares.
+    vaporizeTime->SetLimits(NumberRange::AnyNumber());
+    // A particle of no mass divides by zero.
+    density->SetLimits(NumberRange::Positive());
+    // A cell of no size puts all particles in one; a hundred kernels wide is one already.
+    static const NumberRange kBucket(0, NumberRange::Open, 100, NumberRange::Closed);
+    bucketSize->SetLimits(kBucket);
+    // The kernels divide by the ninth power of h = radius * influence: a kernel of no size,
+    // or one too small or too large for float numbers, makes every step's forces NaN. Each
+    // of the two is checked with the present value of the other.
+    radius->SetLimits(m_radiusLimits);
+    influence->SetLimits(m_influenceLimits);
+}
+
+SPH::KernelLimits::KernelLimits(const SPH& fluid, bool isRadius)
+    : m_fluid(fluid), m_isRadius(isRadius) {}
+
+util::String SPH::KernelLimits::Refusal(const float& value) const {
+    if (!(value > 0) || !std::isfinite(value)) {
+        return "must be above 0 and finite";
+    }
+    const double other = m_isRadius ? m_fluid.influence->Get() : m_fluid.radius->Get();
+    const double h = value * other;
+    if (h < kSmallestKernel || h > kLargestKernel) {
+        char text[128];
+        std::snprintf(text, sizeof text,
+                      "must keep the kernel radius, radius * influence, between %g and %g",
+                      kSmallestKernel, kLargestKernel);
+        return text;
+    }
+    return util::String();
 }
 
 void SPH::SeedJitter(uint32_t seed) {

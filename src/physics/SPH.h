@@ -60,6 +60,10 @@ public:
     uint32_t GetCellCap() const;
     uint32_t GetNeighbourCap() const;
 
+    // The kernel radius h = radius * influence that radius and influence keep to.
+    static constexpr double kSmallestKernel = 1e-4;
+    static constexpr double kLargestKernel = 1e4;
+
     // A fixed start for the jitter's random stream, for runs that must repeat.
     void SeedJitter(uint32_t seed);
     // Where the jitter's stream stands, so that a restored world draws what it drew.
@@ -100,7 +104,19 @@ public:
     };
 
 private:
+    // The limits of radius and influence, which depend on each other.
+    class KernelLimits : public script::ValueLimits<float> {
+    public:
+        KernelLimits(const SPH& fluid, bool isRadius);
+        util::String Refusal(const float& value) const override;
+
+    private:
+        const SPH& m_fluid;
+        bool m_isRadius;
+    };
+
     void RegisterAttributes();
+    void SetLimits();
     void FindNeighbors();
     // Logs once when the caps begin to act, and again after they stopped.
     void ReportPileUp(size_t leftOut, uint32_t listCap);
@@ -133,6 +149,8 @@ private:
     bool m_leftOutLogged = false;
     bool m_fullListsLogged = false;
 
+    KernelLimits m_radiusLimits;
+    KernelLimits m_influenceLimits;
     math::real m_h = 0;
     math::real m_mass = 0;
     math::real m_k1 = 0;

@@ -78,6 +78,8 @@ void Simulation::RegisterAttributes() {
     AddAttrib(warmStartFactor, "warmStartFactor", 0.5f);
     AddAttrib(maxPositionCorrection, "maxPositionCorrection", math::Infinity());
 
+    SetLimits();
+
     AddCommand("time",
                [this]() -> script::ObjectPtr { return script::ValueToObject(m_simulatedTime); });
 
@@ -88,6 +90,40 @@ void Simulation::RegisterAttributes() {
         (*attrib)->GetOnChange().Add(self, [this]() { SyncMaterialDefaults(); });
     }
     SyncMaterialDefaults();
+}
+
+void Simulation::SetLimits() {
+    using script::NumberRange;
+    // A step of no time divides by zero; one of more than a second means nothing but a
+    // world that blows up.
+    static const NumberRange kStep(0, NumberRange::Open, 1, NumberRange::Closed);
+    // The damping of a row in steps: q = 1 + 4 d is divided by, and a negative one turns
+    // damping into its opposite.
+    static const NumberRange kDamping(0, NumberRange::Closed, std::numeric_limits<float>::max(),
+                                      NumberRange::Closed);
+    // No position correction at all is the largest; minus infinity is no bound but a NaN.
+    static const NumberRange kCorrection(-std::numeric_limits<float>::max(), NumberRange::Closed,
+                                         math::Infinity(), NumberRange::Closed);
+    // Thousands of passes over every contact make one step last seconds.
+    static const script::IntRange kIterations(0, kMaxSolveIter);
+
+    // Each of these goes into every step's arithmetic: infinity or NaN there makes every
+    // body's numbers the same.
+    for (script::AttribPtr<float>* finite :
+         {&timeFactor, &airFrictionLinear, &airFrictionQuadratic, &rotFrictionLinear, &airDensity,
+          &springForce, &defaultBodyDensity, &defaultBodyFriction, &defaultBodyRestitution,
+          &targetPenetration, &solveDistFactor, &solveVelFactor, &solveAccFactor,
+          &solveRegularizationFactor, &warmStartFactor}) {
+        (*finite)->SetLimits(NumberRange::Finite());
+    }
+    timeDelta->SetLimits(kStep);
+    gravity->SetLimits(script::FiniteVector::Get());
+    fallLimit->SetLimits(NumberRange::AnyNumber());
+    solveIter->SetLimits(kIterations);
+    solveConstant->SetLimits(NumberRange::Positive());
+    solveDcontacts->SetLimits(kDamping);
+    solveDconstraints->SetLimits(kDamping);
+    maxPositionCorrection->SetLimits(kCorrection);
 }
 
 void Simulation::SyncMaterialDefaults() {

@@ -137,8 +137,14 @@ public:
     script::AttribPtr<float> warmStartFactor;
     script::AttribPtr<float> maxPositionCorrection;
 
+    // The most solver passes a step may make.
+    static constexpr int kMaxSolveIter = 1000;
+
 private:
     void RegisterAttributes();
+    // What each attribute refuses: values that would make every step's numbers infinite or
+    // NaN, or a step last seconds.
+    void SetLimits();
     void SyncMaterialDefaults();
 
     void ReleaseLinks();

@@ -1,5 +1,8 @@
 #include "script/Attributes.h"
 
+#include <cmath>
+#include <cstdio>
+#include <limits>
 #include <utility>
 
 #include "logging/Log.h"
@@ -24,8 +27,86 @@ void AbstractAttrib::SetValue(ObjectPtr value) {
     if (Holds(value)) {
         return;
     }
+    ObjectPtr old = GetValue();
     Variable::SetValue(std::move(value));
-    Calc();
+    try {
+        Calc();
+    } catch (const RefusedValueException&) {
+        // The native side never took the value; the script side goes back to what it
+        // stands for.
+        Variable::SetValue(std::move(old));
+        throw;
+    }
+}
+
+namespace {
+
+util::String Number(float value) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%g", static_cast<double>(value));
+    return text;
+}
+
+}  // namespace
+
+const NumberRange& NumberRange::Finite() {
+    static const NumberRange range(-std::numeric_limits<float>::max(), Closed,
+                                   std::numeric_limits<float>::max(), Closed);
+    return range;
+}
+
+const NumberRange& NumberRange::AnyNumber() {
+    static const NumberRange range(-std::numeric_limits<float>::infinity(), Closed,
+                                   std::numeric_limits<float>::infinity(), Closed);
+    return range;
+}
+
+const NumberRange& NumberRange::Positive() {
+    static const NumberRange range(0, Open, std::numeric_limits<float>::max(), Closed);
+    return range;
+}
+
+bool NumberRange::Contains(float value) const {
+    return (m_lowClosed ? value >= m_low : value > m_low) &&
+           (m_highClosed ? value <= m_high : value < m_high);
+}
+
+util::String NumberRange::Refusal(const float& value) const {
+    if (Contains(value)) {
+        return util::String();
+    }
+    const float largest = std::numeric_limits<float>::max();
+    const bool anyLow = m_lowClosed && m_low <= -largest;
+    const bool anyHigh = m_highClosed && m_high >= largest;
+    if (anyLow && anyHigh) {
+        return m_high == largest ? "must be a finite number" : "must be a number";
+    }
+    const util::String low = (m_lowClosed ? "at least " : "above ") + Number(m_low);
+    const util::String high = (m_highClosed ? "at most " : "below ") + Number(m_high);
+    if (anyHigh) {
+        return "must be " + low + (m_high == largest ? " and finite" : "");
+    }
+    if (anyLow) {
+        return "must be " + high + (m_low == -largest ? " and finite" : "");
+    }
+    return "must be " + low + " and " + high;
+}
+
+util::String IntRange::Refusal(const int& value) const {
+    if (value >= m_low && value <= m_high) {
+        return util::String();
+    }
+    return "must be at least " + std::to_string(m_low) + " and at most " + std::to_string(m_high);
+}
+
+const FiniteVector& FiniteVector::Get() {
+    static const FiniteVector limits;
+    return limits;
+}
+
+util::String FiniteVector::Refusal(const math::TVector2<float>& value) const {
+    return std::isfinite(value.x) && std::isfinite(value.y) ? util::String()
+                                                            : "must have finite components";
 }
 
 // Walks a copy of plain pointers, so that a formula or callback may create attributes

@@ -7,6 +7,7 @@
 #include "math/Vector2.h"
 #include "math/Vector3.h"
 #include "math/Vector4.h"
+#include "script/Exceptions.h"
 #include "script/Forward.h"
 #include "script/Objects.h"
 #include "script/ValueConversions.h"
@@ -17,6 +18,63 @@
 
 namespace script {
 
+// The values an attribute takes. A value outside them is refused: the assignment that
+// brings it fails with a message naming the limit, a formula that gives it fails that
+// frame's update, and the attribute keeps the value it had. Limits are plain objects that
+// live as long as the program; an attribute points to them.
+template <class T>
+class ValueLimits {
+public:
+    virtual ~ValueLimits() = default;
+    // Empty for a value within the limits; otherwise what a value must be ("above 0").
+    virtual util::String Refusal(const T& value) const = 0;
+};
+
+// Numbers from low to high, each end open or closed; NaN is never within. An end at
+// infinity may be closed, so that infinity itself is allowed.
+class NumberRange : public ValueLimits<float> {
+public:
+    enum End { Open, Closed };
+    constexpr NumberRange(float low, End lowEnd, float high, End highEnd)
+        : m_low(low),
+          m_high(high),
+          m_lowClosed(lowEnd == Closed),
+          m_highClosed(highEnd == Closed) {}
+    // Any number but infinity and NaN.
+    static const NumberRange& Finite();
+    // Any number but NaN, infinities included.
+    static const NumberRange& AnyNumber();
+    // Above 0 and finite.
+    static const NumberRange& Positive();
+
+    util::String Refusal(const float& value) const override;
+    bool Contains(float value) const;
+
+private:
+    float m_low;
+    float m_high;
+    bool m_lowClosed;
+    bool m_highClosed;
+};
+
+// Whole numbers from low to high, both included.
+class IntRange : public ValueLimits<int> {
+public:
+    constexpr IntRange(int low, int high) : m_low(low), m_high(high) {}
+    util::String Refusal(const int& value) const override;
+
+private:
+    int m_low;
+    int m_high;
+};
+
+// Vectors with finite components.
+class FiniteVector : public ValueLimits<math::TVector2<float>> {
+public:
+    static const FiniteVector& Get();
+    util::String Refusal(const math::TVector2<float>& value) const override;
+};
+
 // A typed member of a reflected object: native code reads a plain value, a script sees a
 // variable. The script side may hold a function of no arguments instead of a value; it
 // is then recalculated every frame and the native value follows it.
@@ -26,7 +84,8 @@ public:
     ~AbstractAttrib() override;
 
     // Replaces the script value and recalculates at once, so that a wrong type fails in
-    // the assignment that caused it.
+    // the assignment that caused it. A value outside the attribute's limits is refused
+    // whole: the old script value comes back, and the failure goes on to the caller.
     void SetValue(ObjectPtr value) override;
     bool IsAttribute() const override { return true; }
 
@@ -92,8 +151,23 @@ public:
         NativeChanged();
         const ObjectPtr result = CallIfNoArgs(GetValue());
         SetLastResult(result);
-        Set(ObjectToValue<T>(result));
+        const T value = ObjectToValue<T>(result);
+        CheckLimits(value);
+        Set(value);
         MarkApplied(result);
+    }
+
+    // From now on values outside these limits are refused.
+    void SetLimits(const ValueLimits<T>& limits) { m_limits = &limits; }
+    // Throws RefusedValueException, naming the limit and the value kept, for a value
+    // outside the limits.
+    void CheckLimits(const T& value) const {
+        if (m_limits) {
+            const util::String refusal = m_limits->Refusal(value);
+            if (!refusal.empty()) {
+                Refuse(refusal);
+            }
+        }
     }
 
     virtual T Get() const = 0;
@@ -108,6 +182,7 @@ public:
         if (IsApplied() && value == Get()) {
             return;
         }
+        CheckLimits(value);
         Set(value);
         SetValue(ValueToObject(Get()));
     }
@@ -120,8 +195,14 @@ protected:
     void CallOnChange() const { m_onChange.CallAll(); }
 
 private:
+    [[noreturn]] void Refuse(const util::String& refusal) const {
+        throw RefusedValueException(GetName() + " " + refusal + "; it stays " +
+                                    ValueToObject(Get())->ToString());
+    }
+
     util::CallbackSet m_onChange;
     T m_default;
+    const ValueLimits<T>* m_limits = nullptr;
 };
 
 // The attribute holds the native value itself.

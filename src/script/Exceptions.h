@@ -10,6 +10,12 @@ public:
     using BadDataException::BadDataException;
 };
 
+// An attribute refused a value outside its limits; it keeps the value it had.
+class RefusedValueException : public ScriptException {
+public:
+    using ScriptException::ScriptException;
+};
+
 // Evaluation nested deeper than the native stack allows, as endless recursion does.
 // Statements let it pass on the way up, so that the whole recursion unwinds at once.
 class RecursionException : public ScriptException {

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "../util/LogCapture.h"
 #include "app/Chain.h"
 #include "app/entities/FixJointEntity.h"
 #include "app/entities/HingeEntity.h"
@@ -324,3 +325,45 @@ TEST_F(SceneTest, ClearAndNewEmptyTheSceneAndRestoreSettings) {
 }
 
 }  // namespace
+
+// Typed at the console, a step of no time or a kernel of no size once made every step's
+// numbers NaN, and the double pendulum lost both arms within 50 steps. Such values are
+// refused, whether plain or as formulas, with a message naming the limit.
+TEST_F(SceneTest, SettingsThatWouldBreakEveryStepAreRefused) {
+    ASSERT_TRUE(LoadFile(VORRA_SCENES_DIR "/pendulum.vra"));
+    const size_t entities = GetScene().GetEntities().size();
+    ASSERT_EQ(entities, 6u);
+    script::Parser& parser = script::Parser::Get();
+    parser.Execute("SPH.radius = 0.1");
+    {
+        test::LogCapture log(test::LogCapture::kProblems);
+        for (const char* line :
+             {"Sim.timeDelta = 0", "Sim.timeDelta = 0.0", "Sim.timeDelta = { 0.0 }",
+              "SPH.radius = 0.0", "SPH.influence = 0.0", "Sim.gravity = [0.0, +inf]"}) {
+            parser.Execute(line);
+        }
+        EXPECT_TRUE(log.Contains("timeDelta must be above 0 and at most 1; it stays 0.01"))
+            << log.Text();
+        EXPECT_TRUE(log.Contains("radius must be above 0 and finite; it stays 0.1"));
+        EXPECT_TRUE(log.Contains("influence must be above 0 and finite; it stays 2"));
+        EXPECT_TRUE(log.Contains("gravity must have finite components"));
+    }
+    EXPECT_EQ(parser.ExecuteToString("Sim.timeDelta"), "0.01");
+    EXPECT_EQ(parser.ExecuteToString("SPH.radius"), "0.1");
+    EXPECT_EQ(parser.ExecuteToString("SPH.influence"), "2");
+
+    // A formula is checked at each recalculation: while it gives a bad value the old one
+    // stays, and it takes effect once its value is good.
+    parser.Execute("stepLength = 0.02; Sim.timeDelta = { stepLength }");
+    EXPECT_FLOAT_EQ(Simulation::Get().timeDelta->Get(), 0.02f);
+    parser.Execute("stepLength = 0.0");
+    parser.Update();
+    EXPECT_FLOAT_EQ(Simulation::Get().timeDelta->Get(), 0.02f);
+
+    GetScene().RunSteps(50);
+    EXPECT_EQ(GetScene().GetEntities().size(), entities);
+    for (const EntityPtr& entity : GetScene().GetEntities()) {
+        EXPECT_TRUE(entity->IsInSimulation()) << entity->GetReflectedName();
+    }
+    parser.Execute("Sim.timeDelta = 0.01; SPH.radius = 0.05");
+}

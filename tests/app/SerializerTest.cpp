@@ -211,7 +211,7 @@ TEST_F(SceneTest, BadLinesCostOnlyThemselves) {
         "Scene.addBox({size = [1.0, 1.0]; pos = [0.0, 0.0]; angle = 0.0; density = \"heavy\"; "
         "friction = 0.2; geomID = 1});\n"
         "Scene.addBox({pos = [3.0, 0.0]});\n"
-        "Scene.addCircle({radius = -1.0});\n"
+        "Scene.addCircle({pos = [1.0, 1.0]});\n"
         "Scene.addPolygon({vecs = [[0.0, 0.0], [1.0, 1.0]]});\n"
         "Scene.addHinge({geom0 = 1; geom0pos = [0.0, 0.0]; geom1 = -1});\n"
         "Scene.addFixjoint({});\n"
@@ -228,7 +228,7 @@ TEST_F(SceneTest, BadLinesCostOnlyThemselves) {
         << all;
     EXPECT_TRUE(log.Contains("Bad value for density")) << all;
     EXPECT_TRUE(log.Contains("Missing key: size")) << all;
-    EXPECT_TRUE(log.Contains("Bad circle radius")) << all;
+    EXPECT_TRUE(log.Contains("Missing key: radius")) << all;
     EXPECT_TRUE(log.Contains("Bad polygon")) << all;
     EXPECT_TRUE(log.Contains("Joint connected to unknown geometry")) << all;
     EXPECT_TRUE(log.Contains("Failed to attach joint to any geometry")) << all;
@@ -241,6 +241,33 @@ TEST_F(SceneTest, BadLinesCostOnlyThemselves) {
     EXPECT_FLOAT_EQ(box->GetGeom()->friction, 0.2f);
     EXPECT_EQ(box->density->Get(), box->density->GetDefault());
     EXPECT_EQ(GetScene().GetEntities().size(), 2u);
+}
+
+// A shape of no area, or not finite, is made; its body turns it away as it turns away any
+// such geom, and the body, left with nothing, leaves the world at the next step, and the
+// shape the scene after it. Nothing else of the file is lost.
+TEST_F(SceneTest, DegenerateShapesCostOnlyThemselves) {
+    const char* text =
+        "Scene.addCircle({radius = 0.0; pos = [0.0, 1.0]; angle = 0.0});\n"
+        "Scene.addCircle({radius = 0.5; pos = [0.0, 3.0]; angle = 0.0});\n"
+        "Scene.addBox({size = [0.0, 1.0]; pos = [2.0, 1.0]; angle = 0.0});\n"
+        "Scene.addBox({size = [1.0, -1.0]; pos = [4.0, 1.0]; angle = 0.0});\n"
+        "Scene.addPolygon({vecs = [[0.0, 0.0], [1.0, 0.0], [2.0, 0.0]]; pos = [6.0, 1.0]; "
+        "angle = 0.0});\n"
+        "Scene.addPlane({normal = [0.0, 1.0]; dist = +inf});\n"
+        "Scene.addPlane({normal = [0.0, 0.0]; dist = 0.0});\n"
+        "Scene.addBox({size = [1.0, 1.0]; pos = [0.0, 6.0]; angle = 0.0})";
+    test::LogCapture log(test::LogCapture::kProblems);
+    const app::GroupPtr created = Reload(text);
+    EXPECT_TRUE(log.Contains("Bad geometry in Body::AddGeoms")) << log.Text();
+    EXPECT_TRUE(log.Contains("\"det != 0\"")) << log.Text();  // a plane needs a normal
+    EXPECT_EQ(created->size(), 7u);
+    GetScene().RunSteps(2);
+    ASSERT_EQ(GetScene().GetEntities().size(), 2u);
+    for (const EntityPtr& entity : GetScene().GetEntities()) {
+        EXPECT_TRUE(entity->IsInSimulation());
+        EXPECT_GT(entity->GetBoundingBox().min.y, 2.0f);
+    }
 }
 
 TEST_F(SceneTest, TextsThatDoNotParseOrAreNoSceneLoseNothing) {

@@ -11,6 +11,7 @@
 #include "physics/Particle.h"
 #include "physics/Polygon.h"
 #include "physics/SPH.h"
+#include "script/Exceptions.h"
 #include "script/ValueConversions.h"
 
 namespace {
@@ -298,13 +299,24 @@ TEST_F(WaterTest, WaterRepeatsBitForBit) {
 namespace {
 
 // Settings that make no sense cost the water at most, never the rest of the world.
+// Settings that would make every step's numbers NaN are refused and the old value stays;
+// nonsense that stays finite costs the water at most.
 TEST_F(WaterTest, NonsenseSettingsCostOnlyTheWater) {
-    const std::vector<std::pair<script::AttribPtr<float> SPH::*, float>> settings = {
-        {&SPH::radius, 0},     {&SPH::radius, -0.05f}, {&SPH::influence, 0},
-        {&SPH::bucketSize, 0}, {&SPH::bucketSize, -1}, {&SPH::soundSpeed, 1e20f},
-        {&SPH::density, 0},    {&SPH::jitter, 1e30f},  {&SPH::bucketSize, 1e-30f},
+    const std::vector<std::pair<script::AttribPtr<float> SPH::*, float>> refused = {
+        {&SPH::radius, 0},        {&SPH::radius, -0.05f}, {&SPH::influence, 0},
+        {&SPH::influence, 1e-9f}, {&SPH::radius, 1e30f},  {&SPH::bucketSize, 0},
+        {&SPH::bucketSize, -1},   {&SPH::density, 0},     {&SPH::soundSpeed, INFINITY},
+        {&SPH::jitter, NAN},
     };
-    for (const auto& [attribute, value] : settings) {
+    for (const auto& [attribute, value] : refused) {
+        const float before = (fluid.*attribute)->Get();
+        EXPECT_THROW((fluid.*attribute)->SetNative(value), script::RefusedValueException)
+            << (fluid.*attribute)->GetName() << " " << value;
+        EXPECT_EQ((fluid.*attribute)->Get(), before);
+    }
+    const std::vector<std::pair<script::AttribPtr<float> SPH::*, float>> allowed = {
+        {&SPH::soundSpeed, 1e20f}, {&SPH::jitter, 1e30f}, {&SPH::bucketSize, 1e-30f}};
+    for (const auto& [attribute, value] : allowed) {
         ResetWorld();
         AddGround();
         const BodyPtr box = Add(new physics::Box(Vec2(0.5f, 0.5f)), {3, 0.5f});

@@ -28,10 +28,10 @@ EntityPtr BoxEntity::CloneScaled(float sx, float sy) const {
     const math::Vec2 b = math::ScaledBy(world.axis2 * world.halfExtents.y, scale);
     const float la = a.Length();
     const float lb = b.Length();
-    if (!(la > 0 && lb > 0)) {
-        VORRA_THROW(BadDataException, "Bad scale");
-    }
-    if (std::fabs(Dot(a / la, b / lb)) >= 0.0001f) {
+    // An axis scaled to nothing stands at no angle to the other: the clone is a box of no
+    // area, which its body turns away.
+    const bool flat = !(la > 0 && lb > 0);
+    if (!flat && std::fabs(Dot(a / la, b / lb)) >= 0.0001f) {
         math::Vec2 corners[4];
         GetWorldCorners(corners);
         math::Vec2List points;
@@ -77,10 +77,8 @@ void BoxEntity::Serialize(AttributeMap& out) const {
 void BoxEntity::Deserialize(const AttributeMap& in) {
     FiniteGeomEntity::Deserialize(in);
     math::Vec2 size;
+    // Any size is taken; a body turns away a box of no area ("Bad geometry").
     if (ReadKey(in, "size", size)) {
-        if (!(size.x > 0 && size.y > 0 && math::IsFinite(size))) {
-            VORRA_THROW(BadDataException, "Bad box size");
-        }
         m_box->SetHalfExtents(size * 0.5f);
         m_box->RecalcGeoms();
     }

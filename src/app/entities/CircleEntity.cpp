@@ -71,10 +71,8 @@ void CircleEntity::Serialize(AttributeMap& out) const {
 void CircleEntity::Deserialize(const AttributeMap& in) {
     FiniteGeomEntity::Deserialize(in);
     float radius = 0;
+    // Any radius is taken; a body turns away a circle of no area ("Bad geometry").
     if (ReadKey(in, "radius", radius)) {
-        if (!(radius > 0 && std::isfinite(radius))) {
-            VORRA_THROW(BadDataException, "Bad circle radius");
-        }
         m_circle->SetRadius(radius);
         m_circle->RecalcGeoms();
     }

@@ -18,11 +18,9 @@ EntityPtr PlaneEntity::Clone() const {
 
 physics::Transform PlaneEntity::PlaceAt(const math::Vec2& normal, float dist) {
     // A unit normal stays as it is, so that a plane read back is the plane written.
+    // A normal of no length places no plane: the plane's transform finds no inverse.
     const float length = normal.Length();
     const math::Vec2 n = std::fabs(length - 1) < 1e-6f ? normal : math::Normalized(normal);
-    if (n == math::Vec2(0, 0) || !std::isfinite(dist)) {
-        VORRA_THROW(BadDataException, "Bad plane");
-    }
     return physics::Transform{n, n * -dist};
 }
 
