@@ -378,7 +378,15 @@ void Serializer::BeginReading() {
     FileInfo::Get().version->SetNative(0);
 }
 
+void Serializer::PlaceBodies() {
+    for (const physics::BodyPtr& body : m_bodiesToPlace) {
+        body->PlaceAddedGeoms();
+    }
+    m_bodiesToPlace.clear();
+}
+
 GroupPtr Serializer::EndReading() {
+    PlaceBodies();
     Scene::Get().FinishLoading();
     return m_created;
 }
@@ -485,7 +493,14 @@ script::ObjectPtr Serializer::AddGeom(const util::SharedPtr<GeomEntity>& entity,
         body = slot;
     }
     if (body) {
-        body->AddGeom(entity->GetGeom());
+        // The first shapes of a body join one by one, as they always have; a body that goes
+        // on to thousands is built once, before anything that may move it.
+        if (body->GetGeoms().size() < kBodyBuiltOneByOne) {
+            body->AddGeom(entity->GetGeom());
+        } else {
+            body->AddGeomLater(entity->GetGeom());
+            m_bodiesToPlace.push_back(body);
+        }
     }
     if (hasID) {
         m_geomTable[id] = entity->GetGeom();
@@ -524,6 +539,7 @@ script::ObjectPtr Serializer::AddBox(const EntitySerializer& keys) {
 
 script::ObjectPtr Serializer::AddJoint(const util::SharedPtr<JointEntity>& joint,
                                        const EntitySerializer& keys) {
+    PlaceBodies();
     const physics::GeomPtr& ground = physics::Simulation::Get().GetWorldGeom();
     physics::GeomPtr geoms[2];
     math::Vec2 locals[2];
@@ -579,6 +595,7 @@ script::ObjectPtr Serializer::AddSpring(const EntitySerializer& keys) {
 }
 
 script::ObjectPtr Serializer::AddPen(const EntitySerializer& keys) {
+    PlaceBodies();
     const PenEntityPtr pen(new PenEntity(JointSize()));
     const auto found = keys.Has("geom") ? m_geomTable.find(keys.GetInt("geom")) : m_geomTable.end();
     if (found != m_geomTable.end()) {
@@ -592,6 +609,7 @@ script::ObjectPtr Serializer::AddPen(const EntitySerializer& keys) {
 }
 
 script::ObjectPtr Serializer::AddWater(const EntitySerializer& keys) {
+    PlaceBodies();
     const math::Vec2List positions = keys.GetVec2s("vecs");
     physics::Simulation& sim = physics::Simulation::Get();
     for (const math::Vec2& position : positions) {
@@ -604,6 +622,7 @@ script::ObjectPtr Serializer::AddWater(const EntitySerializer& keys) {
 }
 
 script::ObjectPtr Serializer::AddGroup(const EntitySerializer& keys) {
+    PlaceBodies();
     const std::vector<int> ids = keys.GetInts("entityIDs");
     Scene& scene = Scene::Get();
     GroupPtr group;
@@ -625,6 +644,7 @@ script::ObjectPtr Serializer::AddGroup(const EntitySerializer& keys) {
 }
 
 script::ObjectPtr Serializer::AddWidget(const EntitySerializer& keys) {
+    PlaceBodies();
     // Windows belong to the interface, which a scene without one does without.
     const util::String name = keys.Has("widgetID") ? keys.GetString("widgetID") : "";
     Log(logging::Warning, "Couldn't open window \"" + name + "\" of the scene");

@@ -93,6 +93,11 @@ private:
     // What every load does before and after running its text.
     void BeginReading();
     GroupPtr EndReading();
+    // Builds the bodies whose shapes joined later (see AddGeom); every line that is not a
+    // shape's does so first, since joints, pens and water may move bodies.
+    void PlaceBodies();
+    // A body of the file takes this many shapes one by one, the rest in one pass.
+    static constexpr size_t kBodyBuiltOneByOne = 1024;
     util::String Write(const std::vector<EntityPtr>& entities, bool wholeScene) const;
     // The parts every geom line shares, once the entity exists.
     script::ObjectPtr AddGeom(const util::SharedPtr<GeomEntity>& entity,
@@ -110,6 +115,7 @@ private:
     std::map<int, EntityPtr> m_entityTable;
     std::map<int, physics::BodyPtr> m_bodyTable;
     std::map<int, util::SharedPtr<Chain>> m_chainTable;
+    std::vector<physics::BodyPtr> m_bodiesToPlace;
     GroupPtr m_created;
 };
 

@@ -112,6 +112,7 @@ void Body::SetGeoms(const GeomSet& newGeoms) {
     }
     m_placedGeoms.clear();
     m_geoms.clear();
+    m_geomsToPlace = false;
 
     if (geoms.empty()) {
         SetUnitMass();
@@ -209,6 +210,25 @@ void Body::AddGeom(GeomPtr geom) {
     GeomSet geoms = m_geoms;
     geoms.insert(geom);
     SetGeoms(geoms);
+}
+
+void Body::AddGeomLater(const GeomPtr& geom) {
+    if (m_geoms.Contains(geom)) {
+        return;
+    }
+    if (Body* owner = dynamic_cast<Body*>(geom->GetBody()); owner && owner != this) {
+        owner->RemoveGeom(geom);
+    }
+    m_geoms.insert(geom);
+    geom->SetBody(AbstractBodyPtr(this));
+    m_geomsToPlace = true;
+}
+
+void Body::PlaceAddedGeoms() {
+    if (m_geomsToPlace) {
+        m_geomsToPlace = false;
+        SetGeoms(GeomSet(m_geoms));
+    }
 }
 
 void Body::AddGeoms(const GeomSet& more) {

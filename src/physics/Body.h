@@ -69,6 +69,12 @@ public:
     void RemoveGeom(GeomPtr geom);
     // Rebuilds from the present set, so that a change of density or size takes effect.
     void RecalcGeoms();
+    // Takes the geom into the set and makes itself its owner at once, but leaves mass,
+    // centre and placement to PlaceAddedGeoms, which rebuilds from the whole set once: a
+    // file's body of thousands of shapes would otherwise be rebuilt once per shape. Until
+    // then the body must not move.
+    void AddGeomLater(const GeomPtr& geom);
+    void PlaceAddedGeoms();
 
     State GetState() const;
     // Takes the state back when the body holds exactly the state's geoms, and places them;
@@ -91,6 +97,7 @@ private:
     Transform m_inverseTransform;
     std::vector<PlacedGeom> m_placedGeoms;
     GeomSet m_geoms;
+    bool m_geomsToPlace = false;
 };
 
 }  // namespace physics

@@ -13,11 +13,26 @@ using math::BoundingBox2f;
 using math::Vec2;
 using physics::BroadPhase;
 
-BroadPhase::PairList AllWithin(const std::vector<BoundingBox2f>& boxes) {
+using Flags = std::vector<uint8_t>;
+
+// A box left out of a crowd meets only immovable boxes that are not left out.
+bool MayPair(uint8_t a, uint8_t b) {
+    const auto leftOutMeets = [](uint8_t other) {
+        return (other & (BroadPhase::kLeftOut | BroadPhase::kImmovable)) == BroadPhase::kImmovable;
+    };
+    return (!(a & BroadPhase::kLeftOut) || leftOutMeets(b)) &&
+           (!(b & BroadPhase::kLeftOut) || leftOutMeets(a));
+}
+
+uint8_t FlagOf(const Flags& flags, size_t i) {
+    return flags.empty() ? 0 : flags[i];
+}
+
+BroadPhase::PairList AllWithin(const std::vector<BoundingBox2f>& boxes, const Flags& flags = {}) {
     BroadPhase::PairList pairs;
     for (uint32_t i = 0; i < boxes.size(); ++i) {
         for (uint32_t j = i + 1; j < boxes.size(); ++j) {
-            if (boxes[i].Overlaps(boxes[j])) {
+            if (boxes[i].Overlaps(boxes[j]) && MayPair(FlagOf(flags, i), FlagOf(flags, j))) {
                 pairs.emplace_back(i, j);
             }
         }
@@ -26,16 +41,30 @@ BroadPhase::PairList AllWithin(const std::vector<BoundingBox2f>& boxes) {
 }
 
 BroadPhase::PairList AllAcross(const std::vector<BoundingBox2f>& first,
-                               const std::vector<BoundingBox2f>& second) {
+                               const std::vector<BoundingBox2f>& second,
+                               const Flags& firstFlags = {}, const Flags& secondFlags = {}) {
     BroadPhase::PairList pairs;
     for (uint32_t i = 0; i < first.size(); ++i) {
         for (uint32_t j = 0; j < second.size(); ++j) {
-            if (first[i].Overlaps(second[j])) {
+            if (first[i].Overlaps(second[j]) &&
+                MayPair(FlagOf(firstFlags, i), FlagOf(secondFlags, j))) {
                 pairs.emplace_back(i, j);
             }
         }
     }
     return pairs;
+}
+
+// Most boxes as they come, some immovable, some left out, a few both.
+Flags MakeFlags(size_t count, std::mt19937& random) {
+    std::uniform_int_distribution<int> kind(0, 9);
+    Flags flags(count);
+    for (uint8_t& flag : flags) {
+        const int k = kind(random);
+        flag = static_cast<uint8_t>((k < 3 ? BroadPhase::kImmovable : 0) |
+                                    (k >= 2 && k < 6 ? BroadPhase::kLeftOut : 0));
+    }
+    return flags;
 }
 
 // A scene's worth of boxes: mostly small and near each other, some sharing edges exactly,
@@ -89,6 +118,16 @@ TEST(BroadPhase, FindsExactlyTheOverlappingPairsInLoopOrder) {
         EXPECT_EQ(AllAcross(boxes, others), pairs) << "seed " << seed;
         broadPhase.Across(others, boxes, pairs);
         EXPECT_EQ(AllAcross(others, boxes), pairs) << "seed " << seed;
+
+        // Left out of a crowd, a box meets the immovable ones alone, whichever list holds it.
+        const Flags flags = MakeFlags(boxes.size(), random);
+        const Flags otherFlags = MakeFlags(others.size(), random);
+        broadPhase.Within(boxes, pairs, flags.data());
+        EXPECT_EQ(AllWithin(boxes, flags), pairs) << "seed " << seed;
+        broadPhase.Across(boxes, others, pairs, flags.data(), otherFlags.data());
+        EXPECT_EQ(AllAcross(boxes, others, flags, otherFlags), pairs) << "seed " << seed;
+        broadPhase.Across(others, boxes, pairs, otherFlags.data(), nullptr);
+        EXPECT_EQ(AllAcross(others, boxes, otherFlags), pairs) << "seed " << seed;
     }
 }
 
