@@ -45,13 +45,22 @@ public:
     EvaluationDepth& operator=(const EvaluationDepth&) = delete;
 };
 
-// For messages only: an element that cannot print itself must not hide the real failure.
+// For messages only: an element that cannot print itself must not hide the real failure,
+// and one of a megabyte (a scene line of a huge polygon) is cut short so that the log and
+// the console stay readable.
 util::String CodeForMessage(const ExpressionPtr& expression) {
+    constexpr size_t kLongest = 1000;
     if (!expression) {
         return util::String();
     }
     try {
-        return expression->ToCode();
+        util::String code = expression->ToCode();
+        if (code.size() > kLongest) {
+            const size_t length = code.size();
+            code.resize(kLongest);
+            code += "... (" + std::to_string(length) + " characters)";
+        }
+        return code;
     } catch (...) {
         return util::String();
     }

@@ -60,6 +60,8 @@ polygon=$(scene polygon 'BEGIN { printf "Scene.addPolygon({vecs = ["
   print "Scene.addBox({size = [1.0, 1.0]; pos = [0.0, 3.0]; angle = 0.0})" }')
 run_bounded "$polygon"
 expect_said "Too many vertices in polygon: 400000, at most 8192"
+# The failed line is named, not printed whole: the log and the console stay readable.
+[ "$(wc -c <"$work/out")" -lt 10000 ] || fail "the failed line was written out whole"
 grep -q "Scene.addBox" "$polygon.saved" || fail "the box after the polygon was lost"
 
 body=$(scene body 'BEGIN { for (i = 0; i < 20000; i++)
