@@ -53,7 +53,7 @@ public:
     // neighbour list holds at most GetNeighbourCap() entries, the particle itself among
     // them. Both grow with the neighbourhood's area: the caps are kCellCap and
     // kNeighbourCap with the default bucketSize and influence. Water at rest and in a
-    // breaking dam of 80,000 particles stays below a third of them.
+    // breaking dam of 80,000 particles stays below half of them.
     static constexpr double kCellCap = 1024;
     static constexpr double kNeighbourCap = 512;
     static constexpr uint32_t kMinCap = 32;
