@@ -491,7 +491,10 @@ void Scene::ZoomToScene() {
 void Scene::Clear() {
     m_onClear.CallAll();
     m_camera->SetTrackedGroup(nullptr);
-    // Newest first, so that the world's lists shrink from their ends.
+    // The world is emptied first, all at once: the entities then leave a world with no
+    // bodies to split or rebuild. Each of a thousand fix joints would otherwise split its
+    // body again as it left.
+    physics::Simulation::Get().Clear();
     for (auto entity = m_entities.rbegin(); entity != m_entities.rend(); ++entity) {
         RemoveFromSimulationGuarded(**entity);
     }
@@ -502,7 +505,6 @@ void Scene::Clear() {
     title->SetNative("");
     description->SetNative("");
     author->SetNative("");
-    physics::Simulation::Get().Clear();
     if (FileInfo::IsAlive()) {
         FileInfo& info = FileInfo::Get();
         info.title->SetNative("");

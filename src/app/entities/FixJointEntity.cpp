@@ -130,6 +130,11 @@ void FixJointEntity::Split() {
         return;
     }
     const physics::BodyPtr body = owner0 ? owner0 : owner1;
+    if (!body) {
+        m_stored0.Reset();
+        m_stored1.Reset();
+        return;
+    }
     physics::Simulation& sim = physics::Simulation::Get();
     const physics::GeomPtr& ground = sim.GetWorldGeom();
 
@@ -160,9 +165,6 @@ void FixJointEntity::Split() {
     OrderedGeoms part1 = FloodFill(m_stored1, edges, allowed);
     m_stored0.Reset();
     m_stored1.Reset();
-    if (!body) {
-        return;
-    }
     // The ground alone is no part of the scene's shapes.
     const auto isEmpty = [&](const OrderedGeoms& part) {
         return part.empty() || (part.size() == 1 && part.count(ground));
@@ -185,10 +187,15 @@ void FixJointEntity::Split() {
     } else if (part0.count(ground)) {
         std::swap(part0, part1);
     }
-    for (const physics::GeomPtr& geom : part1) {
-        if (geom != ground) {
-            body->RemoveGeom(geom);
+    // The part that goes leaves in one rebuild of the body that stays.
+    physics::GeomSet staying;
+    for (const physics::GeomPtr& geom : body->GetGeoms()) {
+        if (!part1.count(geom)) {
+            staying.insert(geom);
         }
+    }
+    if (staying.size() != body->GetGeoms().size()) {
+        body->SetGeoms(staying);
     }
     if (part1.empty()) {
         return;
