@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <filesystem>
 #include <fstream>
+#include <string>
 
 #include "app/Actions.h"
 #include "app/FileInfo.h"
@@ -27,7 +31,15 @@ protected:
         app::ControlInputs::Get() = app::ControlInputs();
         app::FileInfo::Get().version->SetNative(app::FileInfo::kCurrentVersion);
     }
-    void TearDown() override { app::Scene::Get().Clear(); }
+    void TearDown() override {
+        app::Scene::Get().Clear();
+        std::error_code ignored;
+        std::filesystem::remove_all(ReloadFolder(), ignored);
+    }
+    static std::filesystem::path ReloadFolder() {
+        return std::filesystem::path(testing::TempDir()) /
+               ("vorra-reload-" + std::to_string(getpid()));
+    }
 
     static app::Scene& GetScene() { return app::Scene::Get(); }
 
@@ -74,9 +86,10 @@ protected:
         return loader->HasLoaded();
     }
     // The same for a text, from a file of its own; the entities it made, none when it did
-    // not load.
+    // not load. The file lies in a folder of this process: tests run side by side.
     static app::GroupPtr Reload(const util::String& text) {
-        const util::String path = testing::TempDir() + "reload.vra";
+        std::filesystem::create_directories(ReloadFolder());
+        const util::String path = (ReloadFolder() / "reload.vra").string();
         std::ofstream(path, std::ios::out | std::ios::trunc | std::ios::binary) << text;
         return LoadFile(path) ? app::Serializer::Get().GetCreated()
                               : app::GroupPtr(new app::Group());
