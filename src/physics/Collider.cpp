@@ -169,11 +169,12 @@ void Collider::MarkCrowds() {
     for (const PolygonEntry& entry : m_polygons) {
         m_crowdShapes.push_back({entry.polygon->GetBoundingBox(), entry.polygon->Area()});
     }
-    for (const CircleEntry& entry : m_circles) {
-        m_crowdShapes.push_back({BoxOfCircle(entry.centre, entry.radius), entry.circle->Area()});
+    // A circle's and a box's own boxes are those of the pair search.
+    for (size_t i = 0; i < m_circles.size(); ++i) {
+        m_crowdShapes.push_back({m_circleBounds[i], m_circles[i].circle->Area()});
     }
-    for (Box* box : m_boxes) {
-        m_crowdShapes.push_back({BoxOfOBB(box->GetOBB()), box->Area()});
+    for (size_t i = 0; i < m_boxes.size(); ++i) {
+        m_crowdShapes.push_back({m_boxBounds[i], m_boxes[i]->Area()});
     }
     m_leftOutCount = m_crowds.Mark(m_crowdShapes.data(), m_crowdShapes.size(), m_leftOut);
     if (m_leftOutCount == 0) {

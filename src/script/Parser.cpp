@@ -4,8 +4,6 @@
 #include <cctype>
 #include <charconv>
 #include <cmath>
-#include <filesystem>
-#include <fstream>
 #include <limits>
 #include <set>
 #include <stdexcept>
@@ -521,39 +519,18 @@ util::String FindBrokenPlace(Parser& parser, const util::String& text) {
 }  // namespace
 
 bool Parser::WriteChecked(const util::String& path, const util::String& text) {
+    const util::FileSystem& files = util::FileSystem::Get();
     util::String error;
     if (!Parses(text, error)) {
         const util::String broken = path + ".broken";
-        std::ofstream file(broken, std::ios::out | std::ios::trunc | std::ios::binary);
-        file << text;
-        file.flush();
+        const bool kept = files.WriteTextFile(broken, text);
         Log(logging::Error, "Couldn't save " + path + ": the text would not load again (" +
                                 FindBrokenPlace(*this, text) + ": " + error +
                                 "). The file stays as it was" +
-                                (file ? "; the text is in " + broken : util::String()));
+                                (kept ? "; the text is in " + broken : util::String()));
         return false;
     }
-    // The old file stays until the new one is written whole: replacing by a rename is all
-    // or nothing.
-    const util::String temporary = path + ".saving";
-    {
-        std::ofstream file(temporary, std::ios::out | std::ios::trunc | std::ios::binary);
-        file << text;
-        file.flush();
-        if (!file) {
-            Log(logging::Error, "Couldn't write " + path);
-            util::FileSystem::Get().Remove(temporary);
-            return false;
-        }
-    }
-    std::error_code failure;
-    std::filesystem::rename(temporary, path, failure);
-    if (failure) {
-        Log(logging::Error, "Couldn't write " + path + ": " + failure.message());
-        util::FileSystem::Get().Remove(temporary);
-        return false;
-    }
-    return true;
+    return files.ReplaceTextFile(path, text);
 }
 
 namespace {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 
 #include "logging/Log.h"
@@ -144,6 +145,33 @@ String FileSystem::ReadTextFile(const String& path) const {
         content.append(buffer, got);
     }
     return content;
+}
+
+bool FileSystem::WriteTextFile(const String& path, const String& text) const {
+    std::ofstream file(path, std::ios::out | std::ios::trunc | std::ios::binary);
+    file << text;
+    file.flush();
+    if (!file) {
+        Log(logging::Error, "Couldn't write " + path);
+        return false;
+    }
+    return true;
+}
+
+bool FileSystem::ReplaceTextFile(const String& path, const String& text) const {
+    const String temporary = path + ".saving";
+    if (!WriteTextFile(temporary, text)) {
+        Remove(temporary);
+        return false;
+    }
+    std::error_code error;
+    fs::rename(temporary, path, error);
+    if (error) {
+        Log(logging::Error, "Couldn't write " + path + ": " + error.message());
+        Remove(temporary);
+        return false;
+    }
+    return true;
 }
 
 }  // namespace util

@@ -7,8 +7,8 @@
 
 namespace util {
 
-// Knows where the program's files lie, and is the one place that lists, renames, removes
-// and reads them. The work directory is the folder of the executable.
+// Knows where the program's files lie, and is the one place that lists, renames, removes,
+// reads and writes them. The work directory is the folder of the executable.
 class FileSystem : public Pointee, public Singleton<FileSystem> {
 public:
     FileSystem();
@@ -41,6 +41,12 @@ public:
     String ReadWholeFile(const String& path) const;
     // The whole file in text mode, read 1024 bytes at a time.
     String ReadTextFile(const String& path) const;
+    // Writes the text as the whole file, in binary mode. Never throws: a failure is logged
+    // and answered false.
+    bool WriteTextFile(const String& path, const String& text) const;
+    // The same, but the text goes to a file beside the old one first and takes its place in
+    // one rename: no half-written file ever stands where a good one stood.
+    bool ReplaceTextFile(const String& path, const String& text) const;
 
 private:
     String m_workDirectory;
