@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "app/Actions.h"
+#include "app/AppModel.h"
 #include "app/FileInfo.h"
 #include "app/Scene.h"
 #include "app/Serializer.h"
@@ -58,17 +59,6 @@ util::String UserPath(const util::String& path) {
 
 }  // namespace
 
-ShellApp::ShellApp() : script::Reflected("App") {
-    AddAttrib(
-        maxUndo, "maxUndo", [] { return app::Undoer::Get().GetMaxUndo(); },
-        [](const int& limit) { app::Undoer::Get().SetMaxUndo(limit); },
-        app::Undoer::kDefaultMaxUndo);
-    AddCommand("undo", [] { app::Undoer::Get().Undo(); });
-    AddCommand("redo", [] { app::Undoer::Get().Redo(); });
-}
-
-ShellApp::~ShellApp() = default;
-
 Shell::Shell(std::ostream& out) : m_out(out) {
     logging::Logger::Get().Add(new logging::FunctionLogger(
         kConsoleMask, [this](const util::String& text) { m_out << text << std::endl; }));
@@ -78,8 +68,8 @@ Shell::Shell(std::ostream& out) : m_out(out) {
     // order; the serializer publishes the file information.
     script::AddToRoot(&physics::Simulation::Get());
     script::AddToRoot(&physics::SPH::Get());
+    script::AddToRoot(script::ReflectedPtr(new app::HeadlessApp()));
     script::AddToRoot(&app::Scene::Get());
-    script::AddToRoot(script::ReflectedPtr(new ShellApp()));
     app::Serializer::Get();
 }
 

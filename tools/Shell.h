@@ -4,7 +4,6 @@
 #include <iosfwd>
 #include <vector>
 
-#include "script/Reflected.h"
 #include "util/String.h"
 
 namespace tools {
@@ -12,16 +11,6 @@ namespace tools {
 // One entry of the shell's input: a text to run as a console line would run.
 struct ShellEntry {
     util::String text;
-};
-
-// What the shell has of the application object, which needs a window: "App" with the
-// undo limit and the undo and redo commands.
-class ShellApp : public script::Reflected {
-public:
-    ShellApp();
-    ~ShellApp() override;
-
-    script::AttribGetSetPtr<int> maxUndo;
 };
 
 // Runs script entries headless, printing what the console would show: the messages of

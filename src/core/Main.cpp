@@ -6,6 +6,10 @@
 #include <exception>
 #include <iostream>
 
+#include "app/AppModel.h"
+#include "app/InputControls.h"
+#include "app/Scene.h"
+#include "app/Serializer.h"
 #include "core/Subsystem.h"
 #include "logging/Logger.h"
 #include "os/OS.h"
@@ -86,13 +90,18 @@ int RunProgram() {
     core::Subsystem& subsystem = core::Subsystem::Get();
     subsystem.SetCaption(util::GetVersionString() + " - a physics sandbox by the Vorra developers");
 
-    // The resource manager joins before the simulation, and the fluid and the GUI after
-    // it; then the application root is made and joins the GUI, and the console, App and
-    // Scene are published and the serializer is created. The simulation is made before
-    // any body, so that the world body and geom draw ID 0.
+    // The resource manager joins before the simulation, and the GUI after the fluid; the
+    // application root is made and joins the GUI, and the console is published before App,
+    // once they exist. The simulation is made before any body, so that the world body and
+    // geom draw ID 0.
     script::AddToRoot(&subsystem);
     script::AddToRoot(&physics::Simulation::Get());
     script::AddToRoot(&physics::SPH::Get());
+    script::AddToRoot(script::ReflectedPtr(new app::HeadlessApp()));
+    script::AddToRoot(&app::Scene::Get());
+    app::Serializer::Get();
+    // Key bindings of the configuration and the controls of loaded scenes need the keys.
+    app::InputControls::Install();
     RenameOldSceneFiles();
     Log(logging::Debug, "Application created");
 
@@ -116,6 +125,7 @@ int RunProgram() {
     // The application saves the scene on exit here once it exists.
 
     Log(logging::Debug, "Destroying subsystem");
+    app::InputControls::Uninstall();
     script::Parser::Release();
     core::Subsystem::Release();
     Log(logging::Debug, "Returning 0 from main");

@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include "core/Updatable.h"
+#include "input/Input.h"
 #include "logging/FileLogger.h"
 #include "logging/Logger.h"
 #include "logging/StreamLogger.h"
@@ -52,8 +53,7 @@ bool SameContextSettings(const WindowParams& a, const WindowParams& b) {
 
 }  // namespace
 
-Subsystem::Subsystem() : script::Reflected("System") {
-    // Input listener base with priority 50 joins here with the input layer.
+Subsystem::Subsystem() : input::InputListener("System") {
     AddAttrib(m_minFPS, "minFPS", 10.0f);
     AddAttrib(m_maxFPS, "maxFPS", 60.0f);
     AddAttrib(m_vSync, "vSync", &Subsystem::GetVSync, &Subsystem::SetVSync, false);
@@ -70,7 +70,8 @@ Subsystem::Subsystem() : script::Reflected("System") {
         ThrowSdlError("Couldn't init SDL: ");
     }
     util::Clock::SetSource(&SdlSeconds);
-    // Joysticks start, and this object joins the input listeners, with the input layer.
+    input::Input::Get().Start();
+    input::Input::Get().Add(input::InputListenerWeakPtr(this));
 
     LoadIcon();
     RegisterScriptFace();
@@ -96,8 +97,9 @@ void Subsystem::RegisterScriptFace() {
 }
 
 Subsystem::~Subsystem() {
-    // Renderer, Input, GUI and TextureManager are released here, before the file system,
-    // as each of them joins.
+    // The renderer, the GUI and the texture manager are released beside the input root,
+    // before the file system, as each of them joins.
+    input::Input::Release();
     util::FileSystem::Release();
     DestroyWindow();
     if (m_icon) {
@@ -266,22 +268,20 @@ void Subsystem::RequestExit() {
     m_exitRequested = true;
 }
 
-bool Subsystem::HandleEvent(const SDL_Event& event) {
-    if (event.type == SDL_QUIT) {
+void Subsystem::OnGeneralEvent(input::InputEvent& event) {
+    if (event.kind == input::InputEvent::Kind::Quit) {
         RequestExit();
-        return true;
-    }
-    if (event.type == SDL_WINDOWEVENT && event.window.event == SDL_WINDOWEVENT_RESIZED) {
+        event.consumed = true;
+    } else if (event.kind == input::InputEvent::Kind::Resized) {
         WindowParams params = m_currentParams;
-        params.resolution.x = event.window.data1;
-        params.resolution.y = event.window.data2;
+        params.resolution.x = event.width;
+        params.resolution.y = event.height;
         if (params.resolution.x != m_currentParams.resolution.x ||
             params.resolution.y != m_currentParams.resolution.y) {
             CreateWindow(params);
         }
-        return true;
+        event.consumed = true;
     }
-    return false;
 }
 
 bool Subsystem::GetVSync() const {
@@ -305,15 +305,6 @@ bool Subsystem::ExitTest() {
     }
     // The resource manager releases all graphics resources here once it exists.
     return true;
-}
-
-void Subsystem::PollEvents() {
-    // Until the input layer takes over event reading, the loop reads SDL's queue itself
-    // and handles what this object would handle as a listener.
-    SDL_Event event;
-    while (SDL_PollEvent(&event)) {
-        HandleEvent(event);
-    }
 }
 
 void Subsystem::MeasureFrameRate(double now) {
@@ -353,10 +344,12 @@ void Subsystem::BeginRun() {
         "sleep precision=" + util::LexicalCast<util::String>(sleepPrecision) +
             "ms, timer precision: " + util::LexicalCast<util::String>(timerPrecision) + "ms");
 
-    // Scopes opened while starting up (configuration, scripts) are thrown away, so that
-    // the tree holds the frame's own stages.
+    // Events of the start-up are delivered and the input state starts afresh. Then the
+    // scopes opened so far (configuration, scripts, that poll) are thrown away, so that the
+    // tree holds the frame's own stages.
+    input::Input::Get().Poll();
+    input::Input::Get().Reset();
     util::Profiler::Get().Reset();
-    // The input layer polls once and resets its state here.
     Log(logging::Debug, "Entering game loop");
     m_flushCounter = 0;
     m_previous = SdlSeconds();
@@ -374,7 +367,7 @@ bool Subsystem::RunFrame() {
     }
     {
         VORRA_PROFILE("Events");
-        PollEvents();
+        input::Input::Get().Poll();
     }
     // The simulation's largest time step, 1 / minFPS, is set here once the physics joins.
     if (ExitTest()) {

@@ -1,21 +1,20 @@
 #pragma once
 
 #include "core/WindowParams.h"
+#include "input/InputListener.h"
 #include "script/Attributes.h"
-#include "script/Reflected.h"
 #include "util/CallbackSet.h"
 #include "util/Singleton.h"
 
 struct SDL_Window;
 struct SDL_Surface;
-union SDL_Event;
 
 namespace core {
 
 // Owns the window, the OpenGL context and the frame: Run is the program's only loop. In
-// the language it is the object "System". (It becomes an input listener of priority 50
-// when the input layer joins.)
-class Subsystem : public script::Reflected, public util::Singleton<Subsystem> {
+// the language it is the object "System". As a listener of the input root it ends the
+// program on a quit and follows the window's size.
+class Subsystem : public input::InputListener, public util::Singleton<Subsystem> {
 public:
     Subsystem();
     ~Subsystem() override;
@@ -36,8 +35,8 @@ public:
     // The "exit" command: the loop ends at its next exit test.
     void RequestExit();
     bool IsExitRequested() const { return m_exitRequested; }
-    // Quit and resize events; returns whether the event was consumed.
-    bool HandleEvent(const SDL_Event& event);
+    // Quit and resize events.
+    void OnGeneralEvent(input::InputEvent& event) override;
 
     float GetMinFPS() const { return m_minFPS->Get(); }
     void SetMinFPS(float fps) { m_minFPS->SetNative(fps); }
@@ -62,7 +61,6 @@ public:
 
 private:
     bool ExitTest();
-    void PollEvents();
     void MeasureFrameRate(double now);
     void CapFrameRate(float dt);
     void LoadIcon();

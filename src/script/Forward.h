@@ -21,6 +21,7 @@ class FunctionDeclaration;
 class InfixDeclaration;
 class CodeBlock;
 class Block;
+class KeyBinder;
 class ListDeclaration;
 class Infix;
 

@@ -16,6 +16,7 @@
 #include "script/Expressions.h"
 #include "script/Infix.h"
 #include "script/Intrinsics.h"
+#include "script/KeyBinder.h"
 #include "script/Objects.h"
 #include "script/Scope.h"
 #include "script/Tokenizer.h"
@@ -100,7 +101,9 @@ public:
 Parser::Parser()
     : m_rootClosure(new Closure("[ROOT]", nullptr)),
       m_rootScope(new Scope("ROOT_SCOPE")),
+      m_keyBinder(new KeyBinder()),
       m_errorHandler([](const util::String& message) { Log(logging::Warning, message); }) {
+    m_rootClosure->AddReflected(m_keyBinder);
     RegisterIntrinsics(*this);
 }
 

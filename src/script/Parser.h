@@ -62,6 +62,7 @@ public:
 
     const ClosurePtr& GetRootClosure() const { return m_rootClosure; }
     const ScopePtr& GetRootScope() const { return m_rootScope; }
+    KeyBinder& GetKeyBinder() const { return *m_keyBinder; }
 
     void SetErrorHandler(ErrorHandler handler) { m_errorHandler = std::move(handler); }
     void ReportError(const util::String& message) const { m_errorHandler(message); }
@@ -101,7 +102,8 @@ private:
 
     ClosurePtr m_rootClosure;
     ScopePtr m_rootScope;
-    // The key binder joins here as the object "Keys" with the input layer.
+    // The object "Keys".
+    util::SharedPtr<KeyBinder> m_keyBinder;
     ErrorHandler m_errorHandler;
     TokenIt m_end;
 };

@@ -13,6 +13,21 @@ namespace app {
 struct ControlInputs {
     std::function<bool(const util::String& buttons)> isPressed;
     std::function<math::Vec2(const util::String& controller)> direction;
+    // Throw BadDataException for a text that names a key that does not exist, so that the
+    // statement which set it fails; the input system installs them too.
+    std::function<void(const util::String& buttons)> checkButtons;
+    std::function<void(const util::String& controller)> checkController;
+
+    void CheckButtons(const util::String& buttons) const {
+        if (!buttons.empty() && checkButtons) {
+            checkButtons(buttons);
+        }
+    }
+    void CheckController(const util::String& controller) const {
+        if (!controller.empty() && checkController) {
+            checkController(controller);
+        }
+    }
 
     bool IsPressed(const util::String& buttons) const {
         return !buttons.empty() && isPressed && isPressed(buttons);

@@ -101,8 +101,14 @@ void FiniteGeomEntity::Serialize(AttributeMap& out) const {
 
 void FiniteGeomEntity::Deserialize(const AttributeMap& in) {
     GeomEntity::Deserialize(in);
-    m_controller.clear();
-    ReadKey(in, "forceController", m_controller);
+    util::String controller;
+    ReadKey(in, "forceController", controller);
+    SetController(controller);
+}
+
+void FiniteGeomEntity::SetController(const util::String& controller) {
+    ControlInputs::Get().CheckController(controller);
+    m_controller = controller;
 }
 
 math::Vec2List FiniteGeomEntity::GetLiquidPoints(int maxPoints) const {

@@ -30,7 +30,8 @@ public:
     // The direction controller by its text form ("keys right up left down", "joy 0 axis 0
     // 1"); empty for none.
     const util::String& GetController() const { return m_controller; }
-    void SetController(const util::String& controller) { m_controller = controller; }
+    // Throws for a controller that names a key that does not exist; the old one stays.
+    void SetController(const util::String& controller);
     // The force the controller asks for now, in the controller's acceleration times the
     // shape's mass, after the swap and the inversions.
     math::Vec2 GetControllerForce() const;

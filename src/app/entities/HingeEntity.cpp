@@ -124,6 +124,10 @@ void HingeEntity::Deserialize(const AttributeMap& in) {
     if (!ReadKey(in, "buttonBrake", buttonBrake)) {
         ReadKey(in, "buttonBreak", buttonBrake);
     }
+    const ControlInputs& inputs = ControlInputs::Get();
+    for (const util::String* buttons : {&buttonForward, &buttonBack, &buttonBrake}) {
+        inputs.CheckButtons(*buttons);
+    }
 }
 
 JointEntity::LinkState HingeEntity::GetLinkState() const {
