@@ -7,7 +7,7 @@ packages=(
   build-essential cmake ninja-build pkg-config
   libsdl2-dev libsdl2-image-dev
   libglew-dev libglu1-mesa-dev libgl1-mesa-dri
-  xvfb xauth
+  xvfb xauth xdotool
   googletest libgtest-dev libgmock-dev libbenchmark-dev
 )
 

@@ -23,24 +23,34 @@ expect_text() {
   grep -qF -- "$2" "$1" || fail "\"$2\" not found in $1"
 }
 
-# Starts the program, waits until its loop runs (the line "Running program..." in the
-# given log), lets it run frames, ends it with SIGTERM and sets rc to its exit code.
-run_and_terminate() {
+# Starts the program and waits until its loop runs (the line "Running program..." in the
+# given log); sets pid.
+start_program() {
   local log=$1
   shift
   "$work/vorra" "$@" >"$work/stdout" 2>"$work/stderr" &
-  local pid=$!
+  pid=$!
   for _ in $(seq 1 300); do
     grep -qs "Running program..." "$log" && break
     kill -0 "$pid" 2>/dev/null || break
     sleep 0.1
   done
   expect_text "$log" "Running program..."
-  sleep 1
+}
+
+# Ends the started program with SIGTERM and sets rc to its exit code.
+terminate_program() {
   kill -0 "$pid" 2>/dev/null || fail "the program ended before it was asked to"
   kill -TERM "$pid"
   wait "$pid"
   rc=$?
+}
+
+# Starts the program, lets it run frames, ends it with SIGTERM and sets rc.
+run_and_terminate() {
+  start_program "$@"
+  sleep 1
+  terminate_program
 }
 
 # Runs the rest of the calling script under a virtual X server if there is no display.
