@@ -15,7 +15,10 @@ public:
     static constexpr int kPriority = 1;
 
     explicit InputRelay(ButtonInput& owner)
-        : InputListener("InputRelay", kPriority), m_owner(owner) {}
+        : InputListener("InputRelay", kPriority), m_owner(&owner) {}
+
+    // The combination is gone; a delivery under way may still hold this relay.
+    void Detach() { m_owner = nullptr; }
 
     void OnKey(KeyEvent& event) override {
         // A press that something used is not ours; a release always is, or a key would
@@ -24,7 +27,9 @@ public:
             return;
         }
         m_down[event.key] = event.down;
-        m_owner.OnRelayedKey(event);
+        if (m_owner) {
+            m_owner->OnRelayedKey(event);
+        }
     }
 
     bool IsHeld(SDLKey key) const {
@@ -33,7 +38,7 @@ public:
     }
 
 private:
-    ButtonInput& m_owner;
+    ButtonInput* m_owner;
     std::map<SDLKey, bool> m_down;
 };
 
@@ -55,7 +60,11 @@ ButtonInput::ButtonInput(const util::String& text) {
 }
 
 ButtonInput::~ButtonInput() {
-    if (m_relay && Input::IsAlive()) {
+    if (!m_relay) {
+        return;
+    }
+    m_relay->Detach();
+    if (Input::IsAlive()) {
         Input::Get().Remove(InputListenerWeakPtr(m_relay));
     }
 }
