@@ -308,7 +308,7 @@ void Input::OnMouseMove(MouseMoveEvent& event) {
     }
 }
 
-void Input::FireKey(SDLKey key, bool down, char character) {
+KeyEvent Input::FireKey(SDLKey key, bool down, char character) {
     KeyEvent event;
     event.key = key;
     event.down = down;
@@ -317,7 +317,9 @@ void Input::FireKey(SDLKey key, bool down, char character) {
     event.ctrl = IsModifierDown(kCtrl);
     event.shift = IsModifierDown(kShift);
     event.position = m_mousePosition;
+    const KeyEvent fired = event;
     OnKey(event);
+    return fired;
 }
 
 void Input::HandleMouseButton(int button, bool down, math::Vec2 pixels) {
@@ -349,17 +351,12 @@ void Input::HandleKey(SDLKey key, bool down, unsigned unicode) {
             SetTextMode(true);
         }
     }
-    FireKey(key, down, character);
+    const KeyEvent fired = FireKey(key, down, character);
     if (!m_textMode || key <= 0 || key >= SDLK_LAST || Key::IsModifierKey(key)) {
         return;
     }
     if (down) {
-        m_repeatEvent.key = key;
-        m_repeatEvent.down = true;
-        m_repeatEvent.character = character;
-        m_repeatEvent.alt = IsModifierDown(kAlt);
-        m_repeatEvent.ctrl = IsModifierDown(kCtrl);
-        m_repeatEvent.shift = IsModifierDown(kShift);
+        m_repeatEvent = fired;
         m_nextRepeat = util::Clock::Seconds() + kRepeatDelay;
     } else if (key == m_repeatEvent.key) {
         m_repeatEvent.key = 0;

@@ -117,7 +117,9 @@ private:
     JoystickPtr FindJoystick(int instanceId) const;
     void CheckGestureTimeOut();
     void RepeatHeldKey();
-    void FireKey(SDLKey key, bool down, char character = 0);
+    // Builds the event with the present modifiers and position, delivers it, and returns
+    // it as it was before delivery.
+    KeyEvent FireKey(SDLKey key, bool down, char character = 0);
     void BeginDrag(math::Vec2 position);
 
     double m_time = 0;
