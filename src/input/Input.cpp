@@ -207,19 +207,21 @@ void Input::CheckGestureTimeOut() {
     BeginDrag(m_mousePosition);
 }
 
+DragEvent Input::MakeDrag(math::Vec2 position, math::Vec2 offset) const {
+    DragEvent drag;
+    drag.start = m_pressPosition;
+    drag.offset = offset;
+    drag.position = position;
+    drag.key = m_pressKey;
+    return drag;
+}
+
 void Input::BeginDrag(math::Vec2 position) {
     m_gesture = Gesture::Dragging;
-    DragEvent begin;
-    begin.start = m_pressPosition;
-    begin.position = m_pressPosition;
-    begin.key = m_pressKey;
+    DragEvent begin = MakeDrag(m_pressPosition, math::Vec2(0, 0));
     InputDelegator::OnDragBegin(begin);
     if (position != m_pressPosition) {
-        DragEvent drag;
-        drag.start = m_pressPosition;
-        drag.position = position;
-        drag.offset = position - m_pressPosition;
-        drag.key = m_pressKey;
+        DragEvent drag = MakeDrag(position, position - m_pressPosition);
         InputDelegator::OnDrag(drag);
     }
 }
@@ -276,10 +278,7 @@ void Input::OnKey(KeyEvent& event) {
         InputDelegator::OnClick(click);
     } else if (m_gesture == Gesture::Dragging) {
         m_gesture = Gesture::Idle;
-        DragEvent end;
-        end.start = m_pressPosition;
-        end.position = event.position;
-        end.key = m_pressKey;
+        DragEvent end = MakeDrag(event.position, math::Vec2(0, 0));
         InputDelegator::OnDragEnd(end);
     }
 }
@@ -299,11 +298,7 @@ void Input::OnMouseMove(MouseMoveEvent& event) {
             }
         }
     } else if (m_gesture == Gesture::Dragging) {
-        DragEvent drag;
-        drag.start = m_pressPosition;
-        drag.offset = event.relative;
-        drag.position = event.position;
-        drag.key = m_pressKey;
+        DragEvent drag = MakeDrag(event.position, event.relative);
         InputDelegator::OnDrag(drag);
     }
 }

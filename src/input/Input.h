@@ -120,6 +120,8 @@ private:
     // Builds the event with the present modifiers and position, delivers it, and returns
     // it as it was before delivery.
     KeyEvent FireKey(SDLKey key, bool down, char character = 0);
+    // A drag event of the present gesture.
+    DragEvent MakeDrag(math::Vec2 position, math::Vec2 offset) const;
     void BeginDrag(math::Vec2 position);
 
     double m_time = 0;
