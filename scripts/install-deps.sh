@@ -8,7 +8,7 @@ packages=(
   libsdl2-dev libsdl2-image-dev
   libglew-dev libglu1-mesa-dev libgl1-mesa-dri
   xvfb xauth xdotool
-  googletest libgtest-dev libgmock-dev libbenchmark-dev
+  googletest libgtest-dev libgmock-dev libbenchmark-dev libfreetype-dev fonts-dejavu-core
 )
 
 missing=()

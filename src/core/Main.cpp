@@ -10,6 +10,7 @@
 #include "app/InputControls.h"
 #include "app/Scene.h"
 #include "app/Serializer.h"
+#include "core/ResourceManager.h"
 #include "core/Subsystem.h"
 #include "logging/Logger.h"
 #include "os/OS.h"
@@ -90,11 +91,12 @@ int RunProgram() {
     core::Subsystem& subsystem = core::Subsystem::Get();
     subsystem.SetCaption(util::GetVersionString() + " - a physics sandbox by the Vorra developers");
 
-    // The resource manager joins before the simulation, and the GUI after the fluid; the
+    // The GUI joins after the fluid; the
     // application root is made and joins the GUI, and the console is published before App,
     // once they exist. The simulation is made before any body, so that the world body and
     // geom draw ID 0.
     script::AddToRoot(&subsystem);
+    script::AddToRoot(&core::ResourceManager::Get());
     script::AddToRoot(&physics::Simulation::Get());
     script::AddToRoot(&physics::SPH::Get());
     script::AddToRoot(script::ReflectedPtr(new app::HeadlessApp()));
@@ -111,8 +113,8 @@ int RunProgram() {
         Log(logging::Debug, "Available OpenGL extensions: " +
                                 util::String(reinterpret_cast<const char*>(extensions)));
     }
-    // Resources finish their preparation, the widgets are set up and the first scene is
-    // chosen here as those parts join.
+    core::ResourceManager::Get().Prefetch();
+    // The widgets are set up and the first scene is chosen here as those parts join.
 
     Log(logging::Info, "Running program...");
     subsystem.Run();

@@ -8,11 +8,17 @@
 #include <iostream>
 #include <stdexcept>
 
+#include "core/ResourceManager.h"
 #include "core/Updatable.h"
 #include "input/Input.h"
 #include "logging/FileLogger.h"
 #include "logging/Logger.h"
 #include "logging/StreamLogger.h"
+#include "rendering/GraphicsContext.h"
+#include "rendering/ImageManager.h"
+#include "rendering/Renderer.h"
+#include "rendering/ShaderManager.h"
+#include "rendering/TextureManager.h"
 #include "script/Parser.h"
 #include "script/ValueConversions.h"
 #include "util/Clock.h"
@@ -97,9 +103,13 @@ void Subsystem::RegisterScriptFace() {
 }
 
 Subsystem::~Subsystem() {
-    // The renderer, the GUI and the texture manager are released beside the input root,
-    // before the file system, as each of them joins.
+    // Graphics objects go while their context is still there to free them in; the GUI is
+    // released beside the input root once it joins.
+    rendering::Renderer::Release();
     input::Input::Release();
+    rendering::TextureManager::Release();
+    rendering::ShaderManager::Release();
+    rendering::ImageManager::Release();
     util::FileSystem::Release();
     DestroyWindow();
     if (m_icon) {
@@ -137,6 +147,7 @@ void Subsystem::SetCaption(const util::String& caption) {
 }
 
 void Subsystem::DestroyWindow() {
+    rendering::GraphicsContext::ContextLost();
     if (m_glContext) {
         SDL_GL_DeleteContext(m_glContext);
         m_glContext = nullptr;
@@ -149,7 +160,7 @@ void Subsystem::DestroyWindow() {
 
 void Subsystem::CreateWindow(WindowParams params) {
     Log(logging::Info, "Creating window...");
-    // The resource manager releases all graphics resources here once it exists.
+    ReleaseGraphicsResources();
 
     if (params.resolution.x < kSmallestWindowWidth || params.resolution.y < kSmallestWindowHeight) {
         Log(logging::Warning, "A window of " + std::to_string(params.resolution.x) + " by " +
@@ -230,6 +241,7 @@ void Subsystem::CreateWindow(WindowParams params) {
                         "GLEW Error: " + util::String(reinterpret_cast<const char*>(
                                              glewGetErrorString(glewResult))));
         }
+        rendering::GraphicsContext::ContextCreated();
     }
 
     Log(logging::Debug, "Setting vsync");
@@ -241,7 +253,7 @@ void Subsystem::CreateWindow(WindowParams params) {
 
     Log(logging::Debug, "Setting viewport");
     glViewport(0, 0, params.resolution.x, params.resolution.y);
-    // The renderer forgets its cached state here once it exists.
+    rendering::Renderer::Get().ForgetState();
 
     Log(logging::Debug, "Checking for alpha framebuffer");
     int alphaBits = 0;
@@ -254,10 +266,16 @@ void Subsystem::CreateWindow(WindowParams params) {
             "correctly.");
     }
 
-    // The resource manager reloads all resources here ("Loading all resources...",
-    // "Done loading resources."), and the GUI learns the new screen size.
+    Log(logging::Debug, "Loading all resources...");
+    if (ResourceManager::IsAlive()) {
+        ResourceManager::Get().LoadAll(false);
+    }
+    Log(logging::Debug, "Done loading resources.");
+    // The GUI learns the new screen size here once it exists.
     if (!m_commandsRegistered) {
-        // The "screenshot" command is registered here with the renderer.
+        // The picture is taken after the next frame is drawn, not from whatever the back
+        // buffer holds when the command runs.
+        AddCommand("screenshot", [this]() { m_screenshotRequested = true; });
         m_commandsRegistered = true;
     }
     Log(logging::Info, "Window created.");
@@ -303,8 +321,20 @@ bool Subsystem::ExitTest() {
     if (!m_exitRequested) {
         return false;
     }
-    // The resource manager releases all graphics resources here once it exists.
+    ReleaseGraphicsResources();
     return true;
+}
+
+void Subsystem::ReleaseGraphicsResources() {
+    if (ResourceManager::IsAlive()) {
+        ResourceManager::Get().UnloadAll();
+    }
+}
+
+util::String Subsystem::TakeScreenshot() {
+    m_screenshotRequested = false;
+    return rendering::Renderer::Get().SaveScreenshot(util::FileSystem::Get().GetWorkDirectory() +
+                                                     "screenshots/vorra");
 }
 
 void Subsystem::MeasureFrameRate(double now) {
@@ -410,6 +440,9 @@ bool Subsystem::RunFrame() {
         // The GUI draws the whole frame here; until it does, the frame is cleared.
         glClearColor(0.55f, 0.7f, 0.9f, 1.0f);
         glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    }
+    if (m_screenshotRequested) {
+        TakeScreenshot();
     }
     {
         VORRA_PROFILE("SDL_GL_SwapBuffers");

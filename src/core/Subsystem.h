@@ -51,6 +51,10 @@ public:
     double GetFramesPerSecond() const { return m_framesPerSecond; }
     bool HasWindow() const { return m_window != nullptr; }
 
+    // Saves what the last frame drew as "screenshots/vorra_DATE_NNNN.tga" in the work
+    // directory, and gives the file's name.
+    util::String TakeScreenshot();
+
     // The desktop's size; false where it cannot be found (a virtual display reports 0).
     static bool GetDesktopSize(int& width, int& height);
 
@@ -66,6 +70,7 @@ private:
     void LoadIcon();
     void DestroyWindow();
     void RegisterScriptFace();
+    void ReleaseGraphicsResources();
 
     script::AttribPtr<float> m_minFPS;
     script::AttribPtr<float> m_maxFPS;
@@ -75,6 +80,7 @@ private:
     double m_measuringStart = 0;
     double m_framesPerSecond = 0;
     bool m_exitRequested = false;
+    bool m_screenshotRequested = false;
     WindowParams m_currentParams;
     WindowParams m_requestedParams;
     util::CallbackSet m_nextFrameCallbacks;

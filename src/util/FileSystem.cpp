@@ -59,6 +59,11 @@ void FileSystem::SetArgv0(const String& argv0) {
     std::cout << "workdir =  " << m_workDirectory << std::endl;
 }
 
+void FileSystem::SetWorkDirectory(const String& folder) {
+    m_workDirectory = folder.empty() || folder.back() == '/' ? folder : folder + "/";
+    LastWorkDirectory() = m_workDirectory;
+}
+
 String FileSystem::WorkDirectoryOrCurrent() {
     return LastWorkDirectory();
 }

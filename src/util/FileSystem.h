@@ -17,6 +17,8 @@ public:
     void SetArgv0(const String& argv0);
     // Always ends with a slash.
     const String& GetWorkDirectory() const { return m_workDirectory; }
+    // Points the program at another data tree: for tests and tools that run elsewhere.
+    void SetWorkDirectory(const String& folder);
     // The work directory last found, also after the file system was released; empty (the
     // current directory) before one was found.
     static String WorkDirectoryOrCurrent();

@@ -7,6 +7,7 @@
 #include <limits>
 #include <vector>
 
+#include "WindowFixture.h"
 #include "script/Parser.h"
 #include "util/Callback.h"
 #include "util/FileSystem.h"
@@ -14,32 +15,7 @@
 
 namespace {
 
-// One window for the test process: the subsystem is a singleton and never comes back.
-// Each test runs in a process of its own under CTest.
-class SubsystemTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        // The work directory first: the subsystem finds its icon and log file there.
-        testing::internal::CaptureStdout();
-        util::FileSystem::Get().SetArgv0("core_tests");
-        testing::internal::GetCapturedStdout();
-        m_subsystem = &core::Subsystem::Get();
-        core::WindowParams params;
-        params.resolution.x = 320;
-        params.resolution.y = 240;
-        m_subsystem->CreateWindow(params);
-        m_subsystem->SetMaxFPS(std::numeric_limits<float>::infinity());  // never sleep
-        m_subsystem->BeginRun();
-    }
-
-    void RunFrames(int n) {
-        for (int i = 0; i < n; ++i) {
-            ASSERT_TRUE(m_subsystem->RunFrame());
-        }
-    }
-
-    core::Subsystem* m_subsystem = nullptr;
-};
+using SubsystemTest = test_core::WindowTest;
 
 class Owner : public util::Pointee {};
 
@@ -84,12 +60,7 @@ TEST_F(SubsystemTest, WindowSizesAreClampedAndBecomeTheSettings) {
 }
 
 TEST_F(SubsystemTest, ResizeEventRebuildsTheWindowInTheEventsStage) {
-    SDL_Event event{};
-    event.type = SDL_WINDOWEVENT;
-    event.window.event = SDL_WINDOWEVENT_RESIZED;
-    event.window.data1 = 400;
-    event.window.data2 = 300;
-    SDL_PushEvent(&event);
+    PushResize(400, 300);
     RunFrames(1);
     EXPECT_EQ(m_subsystem->GetCurrentWindowParams().resolution.x, 400);
     EXPECT_EQ(m_subsystem->GetCurrentWindowParams().resolution.y, 300);
@@ -201,12 +172,7 @@ TEST_F(SystemObjectTest, WindowSettingsAreScriptVariables) {
     Eval("System.resolution = [0, 200]; System.recreateWindow");
     EXPECT_EQ(Eval("System.resolution"), "[320, 240]");
     // A resize by the user shows in the script too.
-    SDL_Event event{};
-    event.type = SDL_WINDOWEVENT;
-    event.window.event = SDL_WINDOWEVENT_RESIZED;
-    event.window.data1 = 410;
-    event.window.data2 = 310;
-    SDL_PushEvent(&event);
+    PushResize(410, 310);
     RunFrames(1);
     EXPECT_EQ(Eval("System.resolution"), "[410, 310]");
 }

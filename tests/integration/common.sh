@@ -53,6 +53,16 @@ run_and_terminate() {
   terminate_program
 }
 
+# Puts the pointer into the program's window, so that its keys reach the program. The
+# window stands in the middle of the screen.
+point_into_window() {
+  local window
+  window=$(xdotool search --name Vorra | head -n 1)
+  [ -n "$window" ] || fail "no window named Vorra"
+  xdotool mousemove --window "$window" 100 100
+  sleep 0.2
+}
+
 # Runs the rest of the calling script under a virtual X server if there is no display.
 need_display() {
   if [ -z "${DISPLAY:-}" ]; then

@@ -23,11 +23,7 @@ CFG
 
 start_program "$log"
 sleep 0.5
-# The window stands in the middle of the screen: the pointer goes into it.
-window=$(xdotool search --name Vorra | head -n 1)
-[ -n "$window" ] || fail "no window named Vorra"
-xdotool mousemove --window "$window" 100 100
-sleep 0.2
+point_into_window
 xdotool key F5
 sleep 0.3
 xdotool key ctrl+k

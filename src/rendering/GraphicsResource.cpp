@@ -1,0 +1,7 @@
+#include "rendering/GraphicsResource.h"
+
+namespace rendering {
+
+GraphicsResource::~GraphicsResource() = default;
+
+}  // namespace rendering
