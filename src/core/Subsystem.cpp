@@ -158,6 +158,49 @@ void Subsystem::DestroyWindow() {
     }
 }
 
+void Subsystem::SetContextAttributes(const WindowParams& params) {
+    SetGlAttribute(SDL_GL_BUFFER_SIZE, params.colourDepth, "Couldn't set buffer depth");
+    if (params.colourDepth == 32) {
+        SetGlAttribute(SDL_GL_RED_SIZE, 8, "Couldn't set buffer red depth");
+        SetGlAttribute(SDL_GL_GREEN_SIZE, 8, "Couldn't set buffer green depth");
+        SetGlAttribute(SDL_GL_BLUE_SIZE, 8, "Couldn't set buffer blue depth");
+        SetGlAttribute(SDL_GL_ALPHA_SIZE, 8, "Couldn't set buffer alpha depth");
+    }
+    SetGlAttribute(SDL_GL_DEPTH_SIZE, params.zDepth, "Couldn't set z-buffer depth");
+    // SDL keeps attributes from one window to the next: a setting turned off is written
+    // as off, or the last window's stencil and anti-aliasing would stay.
+    SetGlAttribute(SDL_GL_STENCIL_SIZE, params.stencilDepth, "Couldn't set stencil-buffer depth");
+    const bool antiAliased = params.antiAliasSamples > 1;
+    SetGlAttribute(SDL_GL_MULTISAMPLEBUFFERS, antiAliased ? 1 : 0, "Couldn't set the AA buffer");
+    SetGlAttribute(SDL_GL_MULTISAMPLESAMPLES, antiAliased ? params.antiAliasSamples : 0,
+                   "Couldn't set the AA samples");
+}
+
+bool Subsystem::OpenWindow(const WindowParams& params) {
+    SetContextAttributes(params);
+    Uint32 flags = SDL_WINDOW_OPENGL;
+    if (params.fullscreen) {
+        flags |= SDL_WINDOW_FULLSCREEN;
+    }
+    if (params.resizable) {
+        flags |= SDL_WINDOW_RESIZABLE;
+    }
+    if (!params.framed) {
+        flags |= SDL_WINDOW_BORDERLESS;
+    }
+    m_window = SDL_CreateWindow(m_caption.c_str(), SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED,
+                                params.resolution.x, params.resolution.y, flags);
+    m_glContext = m_window ? SDL_GL_CreateContext(m_window) : nullptr;
+    if (!m_glContext) {
+        DestroyWindow();
+        return false;
+    }
+    if (m_icon) {
+        SDL_SetWindowIcon(m_window, m_icon);
+    }
+    return true;
+}
+
 void Subsystem::CreateWindow(WindowParams params) {
     Log(logging::Info, "Creating window...");
     ReleaseGraphicsResources();
@@ -180,49 +223,24 @@ void Subsystem::CreateWindow(WindowParams params) {
     }
 
     Log(logging::Debug, "Setting up SDL");
-    SetGlAttribute(SDL_GL_BUFFER_SIZE, params.colourDepth, "Couldn't set buffer depth");
-    if (params.colourDepth == 32) {
-        SetGlAttribute(SDL_GL_RED_SIZE, 8, "Couldn't set buffer red depth");
-        SetGlAttribute(SDL_GL_GREEN_SIZE, 8, "Couldn't set buffer green depth");
-        SetGlAttribute(SDL_GL_BLUE_SIZE, 8, "Couldn't set buffer blue depth");
-        SetGlAttribute(SDL_GL_ALPHA_SIZE, 8, "Couldn't set buffer alpha depth");
-    }
-    SetGlAttribute(SDL_GL_DEPTH_SIZE, params.zDepth, "Couldn't set z-buffer depth");
-    if (params.stencilDepth != 0) {
-        SetGlAttribute(SDL_GL_STENCIL_SIZE, params.stencilDepth,
-                       "Couldn't set stencil-buffer depth");
-    }
-    if (params.antiAliasSamples > 1) {
-        SetGlAttribute(SDL_GL_MULTISAMPLEBUFFERS, 1, "Couldn't set the AA buffer");
-        SetGlAttribute(SDL_GL_MULTISAMPLESAMPLES, params.antiAliasSamples,
-                       "Couldn't set the AA samples");
-    }
-
-    Uint32 flags = SDL_WINDOW_OPENGL;
-    if (params.fullscreen) {
-        flags |= SDL_WINDOW_FULLSCREEN;
-    }
-    if (params.resizable) {
-        flags |= SDL_WINDOW_RESIZABLE;
-    }
-    if (!params.framed) {
-        flags |= SDL_WINDOW_BORDERLESS;
-    }
-
     Log(logging::Debug, "Setting video mode");
     const bool freshContext = !m_window || !SameContextSettings(params, m_currentParams);
     if (freshContext) {
+        const bool hadWindow = m_window != nullptr;
         DestroyWindow();
-        m_window =
-            SDL_CreateWindow(m_caption.c_str(), SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED,
-                             params.resolution.x, params.resolution.y, flags);
-        m_glContext = m_window ? SDL_GL_CreateContext(m_window) : nullptr;
-        if (!m_glContext) {
-            DestroyWindow();
-            ThrowSdlError("Couldn't set video mode, SDL-error: ");
-        }
-        if (m_icon) {
-            SDL_SetWindowIcon(m_window, m_icon);
+        if (!OpenWindow(params)) {
+            // Settings the system refuses (an anti-aliasing it lacks) must not leave the
+            // user without a window: the one that worked comes back.
+            const util::String error = SDL_GetError();
+            if (!hadWindow) {
+                VORRA_THROW(std::runtime_error, "Couldn't set video mode, SDL-error: " + error);
+            }
+            Log(logging::Error, "Couldn't set video mode, SDL-error: " + error +
+                                    "; the window keeps its previous settings");
+            params = m_currentParams;
+            if (!OpenWindow(params)) {
+                ThrowSdlError("Couldn't set video mode, SDL-error: ");
+            }
         }
     } else {
         // Same context settings: the window changes in place, so a resize by the user does

@@ -69,6 +69,10 @@ private:
     void CapFrameRate(float dt);
     void LoadIcon();
     void DestroyWindow();
+    // Sets the context's attributes and makes the window with its context; false (with
+    // SDL's reason pending) when the system refuses them.
+    bool OpenWindow(const WindowParams& params);
+    static void SetContextAttributes(const WindowParams& params);
     void RegisterScriptFace();
     void ReleaseGraphicsResources();
 

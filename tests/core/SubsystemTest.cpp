@@ -189,3 +189,13 @@ TEST_F(SystemObjectTest, FrameRateAttributesAndFigures) {
     Eval("System.exit");
     EXPECT_FALSE(m_subsystem->RunFrame());
 }
+
+TEST_F(SystemObjectTest, RefusedWindowSettingsKeepTheWindowThatWorked) {
+    RunFrames(1);
+    // No driver offers this many samples: the window comes back with its old settings.
+    Eval("System.antiAlias = 4096; System.recreateWindow");
+    ASSERT_TRUE(m_subsystem->HasWindow());
+    EXPECT_EQ(m_subsystem->GetCurrentWindowParams().antiAliasSamples, 1);
+    RunFrames(2);
+    EXPECT_EQ(Eval("System.antiAlias"), "1");
+}

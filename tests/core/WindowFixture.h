@@ -5,6 +5,7 @@
 
 #include <limits>
 
+#include "../rendering/SanitizerSafeDriver.h"
 #include "core/Subsystem.h"
 #include "util/FileSystem.h"
 
@@ -16,6 +17,7 @@ class WindowTest : public ::testing::Test {
 protected:
     void SetUp() override {
         // The work directory first: the subsystem finds its icon and log file there.
+        test_rendering::UseSanitizerSafeDriver();
         testing::internal::CaptureStdout();
         util::FileSystem::Get().SetArgv0("core_tests");
         testing::internal::GetCapturedStdout();
@@ -24,6 +26,7 @@ protected:
         params.resolution.x = 320;
         params.resolution.y = 240;
         m_subsystem->CreateWindow(params);
+        test_rendering::KeepDriverLoaded();
         m_subsystem->SetMaxFPS(std::numeric_limits<float>::infinity());  // never sleep
         m_subsystem->BeginRun();
     }

@@ -12,6 +12,7 @@
 #include <fstream>
 #include <vector>
 
+#include "SanitizerSafeDriver.h"
 #include "logging/LogCapture.h"
 #include "rendering/GraphicsContext.h"
 #include "util/FileSystem.h"
@@ -57,6 +58,7 @@ protected:
 
     void SetUp() override {
         DataTreeTest::SetUp();
+        UseSanitizerSafeDriver();
         ASSERT_EQ(SDL_Init(SDL_INIT_VIDEO), 0) << SDL_GetError();
         SDL_GL_SetAttribute(SDL_GL_ALPHA_SIZE, 8);
         m_window = SDL_CreateWindow("rendering test", 0, 0, kSide, kSide,
@@ -66,6 +68,7 @@ protected:
         ASSERT_NE(m_context, nullptr) << SDL_GetError();
         ASSERT_EQ(glewInit(), GLEW_OK);
         rendering::GraphicsContext::ContextCreated();
+        KeepDriverLoaded();
         glViewport(0, 0, kSide, kSide);
     }
     void TearDown() override {
