@@ -10,6 +10,8 @@
 
 #include "core/ResourceManager.h"
 #include "core/Updatable.h"
+#include "gui/GUI.h"
+#include "gui/LookAndFeel.h"
 #include "input/Input.h"
 #include "logging/FileLogger.h"
 #include "logging/Logger.h"
@@ -103,10 +105,11 @@ void Subsystem::RegisterScriptFace() {
 }
 
 Subsystem::~Subsystem() {
-    // Graphics objects go while their context is still there to free them in; the GUI is
-    // released beside the input root once it joins.
+    // Graphics objects go while their context is still there to free them in.
     rendering::Renderer::Release();
     input::Input::Release();
+    gui::GUI::Release();
+    gui::LookAndFeel::Release();
     rendering::TextureManager::Release();
     rendering::ShaderManager::Release();
     rendering::ImageManager::Release();
@@ -289,7 +292,9 @@ void Subsystem::CreateWindow(WindowParams params) {
         ResourceManager::Get().LoadAll(false);
     }
     Log(logging::Debug, "Done loading resources.");
-    // The GUI learns the new screen size here once it exists.
+    gui::GUI& gui = gui::GUI::Get();
+    gui.SetFullscreen(m_currentParams.fullscreen);
+    gui.OnResize(m_currentParams.resolution.x, m_currentParams.resolution.y);
     if (!m_commandsRegistered) {
         // The picture is taken after the next frame is drawn, not from whatever the back
         // buffer holds when the command runs.
@@ -444,8 +449,9 @@ bool Subsystem::RunFrame() {
         }
     }
     {
-        // The GUI updates here with dt, and the simulation steps inside it.
+        // The simulation steps inside: the application is the GUI's first component.
         VORRA_PROFILE("GUI::Update");
+        gui::GUI::Get().Update(dt);
     }
     m_nextFrameCallbacks.CallAll();
     m_nextFrameCallbacks.Clear();
@@ -455,9 +461,10 @@ bool Subsystem::RunFrame() {
 
     {
         VORRA_PROFILE("Draw");
-        // The GUI draws the whole frame here; until it does, the frame is cleared.
+        // A frame starts from the sky's colour, wherever the application leaves it bare.
         glClearColor(0.55f, 0.7f, 0.9f, 1.0f);
         glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        gui::GUI::Get().Draw();
     }
     if (m_screenshotRequested) {
         TakeScreenshot();
