@@ -6,18 +6,21 @@
 #include <exception>
 #include <iostream>
 
-#include "app/AppModel.h"
+#include "app/App.h"
 #include "app/InputControls.h"
 #include "app/Scene.h"
 #include "app/Serializer.h"
 #include "core/ResourceManager.h"
 #include "core/Subsystem.h"
+#include "gui/Console.h"
+#include "gui/GUI.h"
 #include "logging/Logger.h"
 #include "os/OS.h"
 #include "physics/SPH.h"
 #include "physics/Simulation.h"
 #include "script/Parser.h"
 #include "util/FileSystem.h"
+#include "util/StringUtil.h"
 #include "util/Version.h"
 
 namespace {
@@ -81,25 +84,52 @@ void LoadConfigurationAndCreateWindow(core::Subsystem& subsystem) {
         parser.LoadConfig(work + "config.cfg");
         subsystem.CreateWindow(subsystem.GetRequestedWindowParams());
     } else {
-        // The application's first-run preparation joins here.
+        app::App::Get().PrepareFirstRun();
         subsystem.CreateWindow(FirstRunWindowParams());
     }
 }
 
-int RunProgram() {
+// The scene named on the command line, else the one a crash or the last exit left, else the
+// welcome scene, else none.
+void LoadFirstScene(int argc, char** argv) {
+    app::AppGUI& appGUI = *app::App::Get().GetAppGUI();
+    if (argc > 1 && util::EndsWithIgnoreCase(argv[argc - 1], ".vra")) {
+        // A path with blanks arrives in pieces.
+        util::String path = argv[1];
+        for (int i = 2; i < argc; ++i) {
+            path += util::String(" ") + argv[i];
+        }
+        Log(logging::Info, "Loading argument " + path);
+        appGUI.LoadScene(path, true);
+        return;
+    }
+    util::FileSystem& fileSystem = util::FileSystem::Get();
+    const util::String scenes = fileSystem.GetWorkDirectory() + util::FileSystem::GetScenesFolder();
+    for (const char* name : {"_AUTOSAVE.vra", "_ONEXITSAVE.vra", "welcome.vra"}) {
+        if (fileSystem.Exists(scenes + name)) {
+            appGUI.LoadScene(scenes + name, true);
+            return;
+        }
+    }
+}
+
+int RunProgram(int argc, char** argv) {
     core::Subsystem::Create();
     core::Subsystem& subsystem = core::Subsystem::Get();
     subsystem.SetCaption(util::GetVersionString() + " - a physics sandbox by the Vorra developers");
 
-    // The GUI joins after the fluid; the
-    // application root is made and joins the GUI, and the console is published before App,
-    // once they exist. The simulation is made before any body, so that the world body and
-    // geom draw ID 0.
+    // The simulation is made before any body, so that the world body and geom draw ID 0.
     script::AddToRoot(&subsystem);
     script::AddToRoot(&core::ResourceManager::Get());
     script::AddToRoot(&physics::Simulation::Get());
     script::AddToRoot(&physics::SPH::Get());
-    script::AddToRoot(script::ReflectedPtr(new app::HeadlessApp()));
+    gui::GUI& gui = gui::GUI::Get();
+    script::AddToRoot(&gui);
+    // The application root lives in the GUI's main layer, below the console.
+    app::App* application = new app::App();
+    gui.GetMainLayer()->Add(gui::ComponentPtr(application));
+    script::AddToRoot(script::ReflectedPtr(gui.GetConsole()));
+    script::AddToRoot(application);
     script::AddToRoot(&app::Scene::Get());
     app::Serializer::Get();
     // Key bindings of the configuration and the controls of loaded scenes need the keys.
@@ -114,7 +144,7 @@ int RunProgram() {
                                 util::String(reinterpret_cast<const char*>(extensions)));
     }
     core::ResourceManager::Get().Prefetch();
-    // The widgets are set up and the first scene is chosen here as those parts join.
+    LoadFirstScene(argc, argv);
 
     Log(logging::Info, "Running program...");
     subsystem.Run();
@@ -124,11 +154,13 @@ int RunProgram() {
     script::Parser::Get().SaveConfig(work + "config.cfg");
     // Its absence at the next start is what marks this exit as normal.
     util::FileSystem::Get().Remove(work + "config.autosave.cfg");
-    // The application saves the scene on exit here once it exists.
+    app::App::Get().OnExit();
 
     Log(logging::Debug, "Destroying subsystem");
     app::InputControls::Uninstall();
     script::Parser::Release();
+    // The GUI's tree holds the application from here on, and goes with the subsystem.
+    app::App::Release();
     core::Subsystem::Release();
     Log(logging::Debug, "Returning 0 from main");
     logging::Logger::Release();
@@ -144,7 +176,7 @@ int main(int argc, char** argv) {
         return 0;
     }
     try {
-        return RunProgram();
+        return RunProgram(argc, argv);
     } catch (const std::exception& e) {
         logging::LogCaughtException(e, VORRA_LOCATION);
         Log(logging::Error, "Exception caught in main: " + util::String(e.what()));

@@ -16,6 +16,7 @@
 #include "logging/FileLogger.h"
 #include "logging/Logger.h"
 #include "logging/StreamLogger.h"
+#include "physics/Simulation.h"
 #include "rendering/GraphicsContext.h"
 #include "rendering/ImageManager.h"
 #include "rendering/Renderer.h"
@@ -422,7 +423,8 @@ bool Subsystem::RunFrame() {
         VORRA_PROFILE("Events");
         input::Input::Get().Poll();
     }
-    // The simulation's largest time step, 1 / minFPS, is set here once the physics joins.
+    // A frame's stepping may take as long as a frame at the lowest rate: 1 / 0 is no bound.
+    physics::Simulation::Get().SetMaxUpdateSeconds(1.0f / GetMinFPS());
     if (ExitTest()) {
         return false;
     }

@@ -91,6 +91,11 @@ public:
     const util::String& GetStatus() const { return m_status; }
     double GetSimulatedTime() const { return m_simulatedTime; }
     float GetRealtimeFraction() const { return m_realtimeFraction; }
+    // The most wall-clock seconds one Update may spend stepping: the frame loop keeps it at
+    // the length of a frame at the lowest frame rate it accepts.
+    void SetMaxUpdateSeconds(float seconds) { m_maxUpdateSeconds = seconds; }
+    float GetMaxUpdateSeconds() const { return m_maxUpdateSeconds; }
+
     // Fired after every step with its time step, or 0 where the step was frozen.
     util::CallbackArgSet<float>& GetStepCallbacks() { return m_stepCallbacks; }
 

@@ -88,8 +88,10 @@ TEST_F(ResourceManagerTest, ReloadsAreIdempotentAndUnloadingFreesTheCard) {
     EXPECT_EQ(Eval("Resources.vramUsage"), once);
     EXPECT_EQ(DrawAndRead(hinge), drawnOnce);
     EXPECT_TRUE(rendering::ShaderManager::IsUsable(circle));
-    // The two textures and the default: 128 by 128 mip-mapped, 128 by 128 plain, 64 by 64.
-    EXPECT_EQ(std::stoul(once), 128u * 128 * 4 * 4 / 3 + 128u * 128 * 4 + 64u * 64 * 4 * 4 / 3);
+    // The two textures, the default and the GUI's cursor: 128 by 128 mip-mapped, 128 by 128
+    // plain, 64 by 64 and 32 by 32 mip-mapped.
+    EXPECT_EQ(std::stoul(once), 128u * 128 * 4 * 4 / 3 + 128u * 128 * 4 + 64u * 64 * 4 * 4 / 3 +
+                                    32u * 32 * 4 * 4 / 3);
 
     Eval("Resources.unloadAll");
     EXPECT_EQ(Eval("Resources.vramUsage"), "0");

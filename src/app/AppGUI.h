@@ -1,0 +1,28 @@
+#pragma once
+
+#include "gui/Component.h"
+
+namespace app {
+
+class AppGUI;
+using AppGUIPtr = util::SharedPtr<AppGUI>;
+
+// The application's interface over the scene. For now it opens and saves scene files; the
+// tools, the global keys, the popups and the widgets join it later.
+class AppGUI : public gui::Component {
+public:
+    AppGUI();
+    ~AppGUI() override;
+
+    // Loads a scene as one undo step, with the simulation paused. An internal load (the
+    // start-up scene) leaves the user's current file as it is.
+    void LoadScene(util::String path, bool internal);
+    // Writes the scene. An internal save (autosave, exit) neither changes the current file
+    // nor tells the user. Never throws: a failure is logged.
+    void SaveSceneAs(util::String path, bool internal);
+
+    // A bare name goes into the scene folder, and ".vra" is added where it is missing.
+    static util::String NormaliseScenePath(util::String path);
+};
+
+}  // namespace app
