@@ -16,6 +16,7 @@
 #include "util/Clock.h"
 #include "util/Profiler.h"
 #include "util/Profiler2.h"
+#include "util/StringUtil.h"
 
 namespace gui {
 namespace {
@@ -266,7 +267,8 @@ void GUI::DrawProfilerOutput() {
     const float size = font->GetSize();
     // The report is wide: a smaller size keeps its columns on the screen.
     FontFormater small(font->GetFont(), size * 0.75f);
-    small.Draw(TextFormat(small, text), 4, 4);
+    // The report's micro sign is written in UTF-8.
+    small.Draw(TextFormat(small, util::Utf8ToLatin1(text)), 4, 4);
 }
 
 void GUI::SetCursor(const rendering::TextureHandle& cursor, const ComponentWeakPtr& owner) {

@@ -51,6 +51,23 @@ String ToLower(const String& text) {
     return result;
 }
 
+String Utf8ToLatin1(const String& text) {
+    String result;
+    result.reserve(text.size());
+    for (size_t i = 0; i < text.size(); ++i) {
+        const auto lead = static_cast<unsigned char>(text[i]);
+        const auto next = i + 1 < text.size() ? static_cast<unsigned char>(text[i + 1]) : 0;
+        // U+0080 to U+00FF are the two-byte sequences led by 0xC2 and 0xC3.
+        if ((lead == 0xC2 || lead == 0xC3) && (next & 0xC0) == 0x80) {
+            result += static_cast<char>(((lead & 0x03) << 6) | (next & 0x3F));
+            ++i;
+        } else {
+            result += static_cast<char>(lead);
+        }
+    }
+    return result;
+}
+
 String ToUpper(const String& text) {
     String result = text;
     for (char& c : result) {

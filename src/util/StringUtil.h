@@ -19,6 +19,10 @@ bool EndsWithIgnoreCase(const String& text, const String& suffix);
 String ToLower(const String& text);
 String ToUpper(const String& text);
 
+// The program's text is Latin-1, one byte a character. UTF-8 sequences of the characters
+// Latin-1 has become their byte; every other byte, a stray one included, stays as it is.
+String Utf8ToLatin1(const String& text);
+
 // An empty list gives "".
 String Join(const std::vector<String>& pieces, const String& separator);
 // Splits at every separator. Empty pieces are kept and the rest after the last separator is

@@ -44,6 +44,14 @@ TEST(StringUtil, ToLowerAndToUpperConvertACopy) {
     EXPECT_EQ("\xc3\x84", util::ToLower("\xc3\x84"));
 }
 
+TEST(StringUtil, Utf8BecomesLatin1WhereLatin1HasTheCharacter) {
+    // The micro sign, a-umlaut and sharp s; the euro sign has no Latin-1 byte and stays.
+    EXPECT_EQ("\xb5s \xe4\xdf \xe2\x82\xac",
+              util::Utf8ToLatin1("\xc2\xb5s \xc3\xa4\xc3\x9f \xe2\x82\xac"));
+    // Latin-1 text already, and a lead byte at the end, pass through.
+    EXPECT_EQ("\xe4\xf6 \xc3", util::Utf8ToLatin1("\xe4\xf6 \xc3"));
+}
+
 TEST(StringUtil, Join) {
     EXPECT_EQ("", util::Join(Pieces{}, ", "));
     EXPECT_EQ("a", util::Join(Pieces{"a"}, ", "));
