@@ -21,7 +21,7 @@
 namespace gui {
 namespace {
 
-// Debug, info, warning and error, but not the chatter of level 8.
+// Warnings, failed checks, errors and information; debugging chatter stays in the file.
 constexpr unsigned kConsoleLogMask = 23;
 constexpr float kCursorSize = 32;
 

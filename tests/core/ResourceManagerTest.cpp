@@ -55,23 +55,24 @@ TEST_F(ResourceManagerTest, ANewWindowRebuildsEveryTextureAndProgram) {
     ASSERT_TRUE(rendering::ShaderManager::IsUsable(water));
     const std::vector<int> before = DrawAndRead(hinge);
 
-    const rendering::Texture* oldTexture = hinge->Get().Get();
-    const rendering::Shader* oldProgram = water->Get().Get();
+    // The old objects are held, so that a new one cannot take their place in memory.
+    rendering::TexturePtr oldTexture = hinge->Get();
+    const rendering::ShaderPtr oldProgram = water->Get();
     // A change of anti-aliasing needs a context of its own.
     Eval("System.antiAlias = 4");
     Eval("System.recreateWindow");
-    ASSERT_NE(hinge->Get().Get(), oldTexture);
-    ASSERT_NE(water->Get().Get(), oldProgram);
+    ASSERT_NE(hinge->Get(), oldTexture);
+    ASSERT_NE(water->Get(), oldProgram);
     EXPECT_NE(hinge->Get()->GetName(), 0u);
     EXPECT_TRUE(rendering::ShaderManager::IsUsable(water));
     EXPECT_EQ(DrawAndRead(hinge), before);
 
     // A resize keeps the context, and still goes through the same rebuild.
-    oldTexture = hinge->Get().Get();
+    oldTexture = hinge->Get();
     PushResize(400, 300);
     ASSERT_TRUE(m_subsystem->RunFrame());
     ASSERT_EQ(m_subsystem->GetCurrentWindowParams().resolution, math::Vec2i(400, 300));
-    EXPECT_NE(hinge->Get().Get(), oldTexture);
+    EXPECT_NE(hinge->Get(), oldTexture);
     EXPECT_EQ(DrawAndRead(hinge), before);
 }
 
@@ -88,10 +89,10 @@ TEST_F(ResourceManagerTest, ReloadsAreIdempotentAndUnloadingFreesTheCard) {
     EXPECT_EQ(Eval("Resources.vramUsage"), once);
     EXPECT_EQ(DrawAndRead(hinge), drawnOnce);
     EXPECT_TRUE(rendering::ShaderManager::IsUsable(circle));
-    // The two textures, the default and the GUI's cursor: 128 by 128 mip-mapped, 128 by 128
-    // plain, 64 by 64 and 32 by 32 mip-mapped.
+    // The two textures, the default, and the GUI's cursor and two fonts: 128 by 128
+    // mip-mapped, 128 by 128 plain, 64 by 64, 32 by 32 and twice 512 by 512 mip-mapped.
     EXPECT_EQ(std::stoul(once), 128u * 128 * 4 * 4 / 3 + 128u * 128 * 4 + 64u * 64 * 4 * 4 / 3 +
-                                    32u * 32 * 4 * 4 / 3);
+                                    32u * 32 * 4 * 4 / 3 + 2 * (512u * 512 * 4 * 4 / 3));
 
     Eval("Resources.unloadAll");
     EXPECT_EQ(Eval("Resources.vramUsage"), "0");

@@ -42,7 +42,7 @@ sleep 0.6
 terminate_program
 [ "$rc" -eq 0 ] || fail "exit code $rc"
 
-expect_text "$work/config.cfg" "Sim.gravity = [0.0, -5.0];"
+expect_text "$work/config.cfg" "Sim.gravity = [0, -5];"
 shot=$(ls "$work"/screenshots/vorra_*.tga 2>/dev/null | head -n 1)
 [ -n "$shot" ] || fail "the console's screenshot command wrote nothing"
 # The console's background (0.1, 0.1, 0.1) at 0.8 under the GUI's opaqueness of 0.9, over
