@@ -4,7 +4,8 @@
 
 namespace gui {
 
-AbstractRadioButton::AbstractRadioButton(const util::String& name) : AbstractToggleButton(name) {}
+AbstractRadioButton::AbstractRadioButton(const util::String& name, const util::String& text)
+    : AbstractToggleButton(name, text) {}
 
 AbstractRadioButton::~AbstractRadioButton() = default;
 

@@ -12,7 +12,8 @@ class RadioGroup;
 // the group decides, so that it always knows which one is selected.
 class AbstractRadioButton : public AbstractToggleButton {
 public:
-    explicit AbstractRadioButton(const util::String& name = "AbstractRadioButton");
+    explicit AbstractRadioButton(const util::String& name = "AbstractRadioButton",
+                                 const util::String& text = "");
     ~AbstractRadioButton() override;
 
     void SetChecked(bool checked) override;

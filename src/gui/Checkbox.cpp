@@ -5,15 +5,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include "gui/LookAndFeel.h"
 #include "gui/Primitives.h"
 
 namespace gui {
 namespace {
-
-// Between the box and the text, and above and below both.
-constexpr float kGap = 5;
-constexpr float kMarginY = 2;
 
 // One straight stroke of the given width from a to b, as a quad.
 void Stroke(math::Vec2 a, math::Vec2 b, float width) {
@@ -45,50 +40,19 @@ void DrawTick(float x, float y, float side) {
 }  // namespace
 
 Checkbox::Checkbox(const util::String& text, bool checked)
-    : AbstractToggleButton("Checkbox"), m_text(text), m_font(LookAndFeel::Get().GetFont()) {
+    : AbstractToggleButton("Checkbox", text) {
     ShowChecked(checked);
-    FitContent();
 }
 
 Checkbox::~Checkbox() = default;
 
-void Checkbox::SetText(const util::String& text) {
-    if (text == m_text) {
-        return;
-    }
-    m_text = text;
-    FitContent();
-}
-
-void Checkbox::FitContent() {
-    const float box = m_font->GetLineHeight();
-    const float text = m_text.empty() ? 0 : kGap + m_font->GetWidth(m_text);
-    SetSize(box + text, box + 2 * kMarginY);
-}
-
-void Checkbox::DrawComp() {
-    Component::DrawComp();
-    ColorScope color(GetColor());
-    const LookAndFeel& look = LookAndFeel::Get();
-    const math::Vec2 inner = GetBorderOffset();
-    const float side = m_font->GetLineHeight();
-    const float x = inner.x;
-    const float y = inner.y + (GetSize().y - side) / 2;
-
-    const math::Colour fill = IsPressed() ? look.GetPressedColor() : look.GetBackgroundColor();
-    const math::Colour frame = !IsEnabled()    ? look.GetDimTextColor() * 0.6f
-                               : IsMouseOver() ? look.GetHoverColor()
-                                               : look.GetDimTextColor();
+void Checkbox::DrawMark(float x, float y, float side, const math::Colour& frame,
+                        const math::Colour& fill, const math::Colour& ink) {
     FillRect(x, y, side, side, fill);
     FrameRect(x, y, side, side, IsMouseOver() ? 2.0f : 1.0f, frame);
-    const math::Colour ink = IsEnabled() ? look.GetForegroundColor() : look.GetDimTextColor();
     if (IsChecked()) {
         ColorScope tick(ink);
         DrawTick(x, y, side);
-    }
-    if (!m_text.empty()) {
-        ColorScope text(ink);
-        m_font->Draw(m_text, x + side + kGap, y);
     }
 }
 

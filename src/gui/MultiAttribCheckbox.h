@@ -2,8 +2,8 @@
 
 #include <vector>
 
+#include "gui/AttribBinding.h"
 #include "gui/Checkbox.h"
-#include "script/Attributes.h"
 
 namespace gui {
 
@@ -21,9 +21,9 @@ public:
 
     void Update(float dt) override;
 
-    const std::vector<BoolAttribWeakPtr>& GetAttribs() const { return m_attribs; }
+    const std::vector<BoolAttribWeakPtr>& GetAttribs() const { return m_binding.GetAttribs(); }
     void SetAttribs(std::vector<BoolAttribWeakPtr> attribs);
-    bool HasLiveAttrib() const;
+    bool HasLiveAttrib() const { return m_binding.HasLive(); }
     // Shows the first live attribute's state.
     void Refresh();
 
@@ -31,7 +31,7 @@ protected:
     void CheckedChanged() override;
 
 private:
-    std::vector<BoolAttribWeakPtr> m_attribs;
+    AttribBinding<bool> m_binding;
 };
 
 }  // namespace gui

@@ -1,32 +1,19 @@
 #include "gui/MultiAttribSlider.h"
 
-#include <exception>
-
-#include "logging/Log.h"
-
 namespace gui {
 
 MultiAttribSlider::MultiAttribSlider(const util::String& caption,
                                      std::vector<FloatAttribWeakPtr> attribs, double min,
                                      double max, bool logarithmic)
-    : LabeledSlider(caption, min, max, logarithmic), m_attribs(std::move(attribs)) {
+    : LabeledSlider(caption, min, max, logarithmic), m_binding(std::move(attribs)) {
     Refresh();
 }
 
 MultiAttribSlider::~MultiAttribSlider() = default;
 
 void MultiAttribSlider::SetAttribs(std::vector<FloatAttribWeakPtr> attribs) {
-    m_attribs = std::move(attribs);
+    m_binding.SetAttribs(std::move(attribs));
     Refresh();
-}
-
-bool MultiAttribSlider::HasLiveAttrib() const {
-    for (const FloatAttribWeakPtr& attrib : m_attribs) {
-        if (!attrib.Expired()) {
-            return true;
-        }
-    }
-    return false;
 }
 
 void MultiAttribSlider::Update(float dt) {
@@ -35,12 +22,9 @@ void MultiAttribSlider::Update(float dt) {
 }
 
 void MultiAttribSlider::Refresh() {
-    for (const FloatAttribWeakPtr& attrib : m_attribs) {
-        const util::LockPtr<script::TAttrib<float>> live(attrib);
-        if (live) {
-            ShowValue(live->Get());
-            return;
-        }
+    float value{};
+    if (m_binding.ReadFirst(value)) {
+        ShowValue(value);
     }
 }
 
@@ -49,21 +33,7 @@ util::String MultiAttribSlider::GetValueText() const {
 }
 
 void MultiAttribSlider::ValueChanged() {
-    const float value = static_cast<float>(GetValue());
-    // A copy: an attribute's callbacks may rebind this slider.
-    const std::vector<FloatAttribWeakPtr> attribs = m_attribs;
-    for (const FloatAttribWeakPtr& attrib : attribs) {
-        const util::LockPtr<script::TAttrib<float>> live(attrib);
-        if (!live) {
-            continue;
-        }
-        // One attribute that refuses the value must not keep it from the others.
-        try {
-            live->SetNative(value);
-        } catch (const std::exception& e) {
-            Log(logging::Warning, e.what());
-        }
-    }
+    m_binding.WriteAll(static_cast<float>(GetValue()));
 }
 
 }  // namespace gui

@@ -2,8 +2,8 @@
 
 #include <vector>
 
+#include "gui/AttribBinding.h"
 #include "gui/LabeledSlider.h"
-#include "script/Attributes.h"
 
 namespace gui {
 
@@ -26,10 +26,10 @@ public:
     void Update(float dt) override;
     util::String GetValueText() const override;
 
-    const std::vector<FloatAttribWeakPtr>& GetAttribs() const { return m_attribs; }
+    const std::vector<FloatAttribWeakPtr>& GetAttribs() const { return m_binding.GetAttribs(); }
     void SetAttribs(std::vector<FloatAttribWeakPtr> attribs);
     // Whether any of the attributes still lives.
-    bool HasLiveAttrib() const;
+    bool HasLiveAttrib() const { return m_binding.HasLive(); }
     // Shows the first live attribute's value.
     void Refresh();
 
@@ -37,7 +37,7 @@ protected:
     void ValueChanged() override;
 
 private:
-    std::vector<FloatAttribWeakPtr> m_attribs;
+    AttribBinding<float> m_binding;
 };
 
 }  // namespace gui

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "gui/AbstractRadioButton.h"
-#include "gui/FontFormater.h"
 
 namespace gui {
 
@@ -14,16 +13,9 @@ public:
     explicit RadioButton(const util::String& text = "");
     ~RadioButton() override;
 
-    void DrawComp() override;
-
-    const util::String& GetText() const { return m_text; }
-    void SetText(const util::String& text);
-
-private:
-    void FitContent();
-
-    util::String m_text;
-    FontFormaterPtr m_font;
+protected:
+    void DrawMark(float x, float y, float side, const math::Colour& frame, const math::Colour& fill,
+                  const math::Colour& ink) override;
 };
 
 }  // namespace gui
