@@ -402,8 +402,7 @@ void Console::DrawLines(float bottom, float width) {
         size_t end = line.size();
         for (size_t row = rows.size(); row-- > 0 && y > 0;) {
             y -= rowHeight;
-            m_row.assign(line, rows[row], end - rows[row]);
-            font.Draw(m_row, kTextMargin, y);
+            font.DrawRange(line, rows[row], end, kTextMargin, y);
             end = rows[row];
         }
     }

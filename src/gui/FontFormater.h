@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "gui/Font.h"
 #include "gui/TextFormat.h"
 
@@ -21,6 +23,8 @@ public:
     float GetSize() const { return m_size; }
     void SetSize(float size) { m_size = size; }
     float GetLineHeight() const { return m_size * kLineHeight; }
+    // Whether this text casts the GUI's shadow, when that is on.
+    void SetShadow(bool shadow) { m_shadow = shadow; }
 
     float GetCharWidth(unsigned char c) const;
     // The advance of a piece of text; line feeds count nothing.
@@ -31,6 +35,8 @@ public:
 
     // One line with its top-left corner at (x, y); line feeds are skipped.
     void Draw(const util::String& text, float x, float y) const;
+    // The characters from begin to end of the text, as one line.
+    void DrawRange(const util::String& text, size_t begin, size_t end, float x, float y) const;
     void Draw(const TextFormat& format, float x, float y) const;
 
     static constexpr float kLineHeight = 0.75f;
@@ -39,11 +45,18 @@ private:
     // The cell size actually drawn: crisp fonts keep to sizes that map the texture's
     // pixels onto whole screen pixels.
     float DrawnSize() const;
-    void DrawRun(const util::String& text, size_t begin, size_t end, float x, float y,
-                 float size) const;
+    // Fills the glyph buffer with a quad for each inked character; gives its vertices.
+    int BuildQuads(const util::String& text, size_t begin, size_t end, float x, float y, float size,
+                   bool crisp) const;
+
+    struct GlyphVertex {
+        float s, t, x, y;
+    };
+    static inline std::vector<GlyphVertex> s_quads;
 
     FontHandle m_font;
     float m_size;
+    bool m_shadow = true;
 };
 
 }  // namespace gui

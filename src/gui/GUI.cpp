@@ -267,6 +267,7 @@ void GUI::DrawProfilerOutput() {
     const float size = font->GetSize();
     // The report is wide: a smaller size keeps its columns on the screen.
     FontFormater small(font->GetFont(), size * 0.75f);
+    small.SetShadow(false);
     // The report's micro sign is written in UTF-8.
     small.Draw(TextFormat(small, util::Utf8ToLatin1(text)), 4, 4);
 }

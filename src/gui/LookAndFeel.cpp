@@ -13,6 +13,9 @@ const math::Colour kLine(0.45f, 0.5f, 0.6f, 1);
 
 LookAndFeel::LookAndFeel() : m_fixedFont(Font::Load("fixedsys")) {
     m_fixed = FontFormaterPtr(new FontFormater(m_fixedFont, kFixedSize));
+    // Fixed-width text stands on the dark panels of the console and the profiler, where a
+    // shadow would not show and would only double the pixels drawn.
+    m_fixed->SetShadow(false);
     SetFontName("arial_black");
 }
 

@@ -541,7 +541,6 @@ void TextBox::DrawComp() {
     const size_t selectionStart = GetSelectionStart();
     const size_t selectionEnd = GetSelectionEnd();
     const math::Colour selection = LookAndFeel::Get().GetSelectionColor();
-    util::String piece;
     for (size_t line = 0; line < m_lineStarts.size(); ++line) {
         const float y = offset.y + kMargin + static_cast<float>(line) * lineHeight;
         if (y + lineHeight > offset.y + size.y) {
@@ -557,8 +556,7 @@ void TextBox::DrawComp() {
             FillRect(left, y, m_font->GetWidth(m_text, from, to) + (selectionEnd > end ? 2 : 0),
                      lineHeight, selection);
         }
-        piece.assign(m_text, start, end - start);
-        m_font->Draw(piece, x, y);
+        m_font->DrawRange(m_text, start, end, x, y);
         if (CursorLit() && m_cursor >= start && m_cursor <= end) {
             FillRect(x + m_font->GetWidth(m_text, start, m_cursor), y, 1.5f, lineHeight,
                      LookAndFeel::Get().GetForegroundColor());
