@@ -3,6 +3,7 @@
 // ConsoleFrame: the GUI's update and draw with the console open over a 1024 by 768 window
 // and 1,000 lines in it, submitted (Submit) and with the drawing finished by the driver
 // (Finished: Mesa's software rasteriser here, so that figure is mostly its pixel work).
+// ConsoleUpdate: the update alone, all of it the program's own work.
 // MouseOverWalk: UpdateMouseOverComp on a tree of 500 components, the mouse moving over
 // it.
 
@@ -68,6 +69,18 @@ void ConsoleFrame(benchmark::State& state, bool finish) {
         }
     }
 }
+
+// The GUI's own work of the frame, without the driver: the mouse-over walk and every
+// component's update, the console's among them.
+void BM_ConsoleUpdate(benchmark::State& state) {
+    Window();
+    gui::GUI& gui = gui::GUI::Get();
+    OpenConsoleWithLines();
+    for (auto _ : state) {
+        gui.Update(0.016f);
+    }
+}
+BENCHMARK(BM_ConsoleUpdate)->Unit(benchmark::kMicrosecond)->MinTime(1.0)->UseRealTime();
 
 void BM_ConsoleFrameSubmit(benchmark::State& state) {
     ConsoleFrame(state, false);
