@@ -69,3 +69,22 @@ need_display() {
     exec xvfb-run -a -s "-screen 0 1280x1024x24" bash "$0" "$@"
   fi
 }
+
+# Runs the rest of the calling script under a virtual X server of its own, even where a
+# display exists: xdotool then drives only this program.
+need_own_display() {
+  if [ -z "${VORRA_OWN_DISPLAY:-}" ]; then
+    VORRA_OWN_DISPLAY=1 exec xvfb-run -a -s "-screen 0 1280x1024x24" bash "$0" "$@"
+  fi
+}
+
+# The byte at an offset of a file, as a number.
+byte_at() {
+  od -An -tu1 -j "$2" -N1 "$1" | tr -d ' '
+}
+
+# Whether two numbers differ by at most the tolerance (1 if not given).
+near() {
+  local tolerance=${3:-1}
+  [ $(($1 - $2)) -le "$tolerance" ] && [ $(($2 - $1)) -le "$tolerance" ]
+}

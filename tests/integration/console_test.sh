@@ -4,18 +4,9 @@
 # top part of the window and the sky below it.
 exe=$1 data=$2
 source "$(dirname "$0")/common.sh"
-if [ -z "${VORRA_OWN_DISPLAY:-}" ]; then
-  VORRA_OWN_DISPLAY=1 exec xvfb-run -a -s "-screen 0 1280x1024x24" bash "$0" "$@"
-fi
+need_own_display "$@"
 command -v xdotool >/dev/null || fail "xdotool is missing"
 
-byte_at() {
-  od -An -tu1 -j "$2" -N1 "$1" | tr -d ' '
-}
-# Whether two numbers are within a tolerance.
-near() {
-  [ $(($1 - $2)) -le "$3" ] && [ $(($2 - $1)) -le "$3" ]
-}
 # Fails unless the pixel (x, y from the top) of the 1024 by 768 shot is near blue green red.
 expect_pixel() {
   local shot=$1 x=$2 y=$3 b=$4 g=$5 r=$6 offset

@@ -5,19 +5,8 @@
 # folders still starts, runs and ends cleanly.
 exe=$1 data=$2
 source "$(dirname "$0")/common.sh"
-if [ -z "${VORRA_OWN_DISPLAY:-}" ]; then
-  VORRA_OWN_DISPLAY=1 exec xvfb-run -a -s "-screen 0 1280x1024x24" bash "$0" "$@"
-fi
+need_own_display "$@"
 command -v xdotool >/dev/null || fail "xdotool is missing"
-
-# The byte at an offset of a file, as a number.
-byte_at() {
-  od -An -tu1 -j "$2" -N1 "$1" | tr -d ' '
-}
-
-near() {
-  [ $(($1 - $2)) -le 1 ] && [ $(($2 - $1)) -le 1 ]
-}
 
 make_work_directory "$exe" "$data"
 log="$work/Logfile.txt"

@@ -4,9 +4,7 @@
 exe=$1 data=$2
 source "$(dirname "$0")/common.sh"
 # A server of its own: windows of tests running beside this one would take the focus.
-if [ -z "${VORRA_OWN_DISPLAY:-}" ]; then
-  VORRA_OWN_DISPLAY=1 exec xvfb-run -a -s "-screen 0 1280x1024x24" bash "$0" "$@"
-fi
+need_own_display "$@"
 command -v xdotool >/dev/null || fail "xdotool is missing"
 make_work_directory "$exe" "$data"
 cfg="$work/config.cfg"
