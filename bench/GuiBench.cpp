@@ -11,30 +11,24 @@
 #include <SDL.h>
 #include <benchmark/benchmark.h>
 
-#include <limits>
-
+#include "BenchWindow.h"
 #include "core/ResourceManager.h"
 #include "core/Subsystem.h"
 #include "gui/Console.h"
 #include "gui/GUI.h"
 #include "input/Input.h"
-#include "script/Parser.h"
-#include "util/FileSystem.h"
 
 namespace {
 
+// The window with the data tree's fonts and cursor already on the card.
 core::Subsystem& Window() {
-    static core::Subsystem* subsystem = [] {
-        core::Subsystem& s = core::Subsystem::Get();
-        script::AddToRoot(&s);
-        script::AddToRoot(&core::ResourceManager::Get());
-        core::WindowParams params;
-        params.resolution = math::Vec2i(1024, 768);
-        s.CreateWindow(params);
+    static const bool prefetched = [] {
+        bench::BenchWindow();
         core::ResourceManager::Get().Prefetch();
-        return &s;
+        return true;
     }();
-    return *subsystem;
+    (void)prefetched;
+    return bench::BenchWindow();
 }
 
 gui::Console& OpenConsoleWithLines() {
@@ -133,10 +127,5 @@ BENCHMARK(BM_MouseOverWalk)->Unit(benchmark::kMicrosecond)->MinTime(1.0)->UseRea
 }  // namespace
 
 int main(int argc, char** argv) {
-    util::FileSystem::Get().SetArgv0(argc > 0 ? argv[0] : "");
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    core::Subsystem::Release();
-    return 0;
+    return bench::RunWindowBenchmarks(argc, argv);
 }

@@ -7,29 +7,15 @@
 
 #include <benchmark/benchmark.h>
 
-#include <limits>
-
+#include "BenchWindow.h"
 #include "core/ResourceManager.h"
 #include "core/Subsystem.h"
 #include "rendering/ImageManager.h"
-#include "script/Parser.h"
-#include "util/FileSystem.h"
 
 namespace {
 
 core::Subsystem& Window() {
-    static core::Subsystem* subsystem = [] {
-        core::Subsystem& s = core::Subsystem::Get();
-        script::AddToRoot(&s);
-        script::AddToRoot(&core::ResourceManager::Get());
-        core::ResourceManager::Get().shaders->SetNative(true);
-        core::WindowParams params;
-        params.resolution = math::Vec2i(1024, 768);
-        s.CreateWindow(params);
-        s.SetMaxFPS(std::numeric_limits<float>::infinity());
-        return &s;
-    }();
-    return *subsystem;
+    return bench::BenchWindow();
 }
 
 void BM_Prefetch(benchmark::State& state) {
@@ -71,10 +57,5 @@ BENCHMARK(BM_ResizeWindow)->Unit(benchmark::kMillisecond)->MinTime(2.0)->UseReal
 }  // namespace
 
 int main(int argc, char** argv) {
-    util::FileSystem::Get().SetArgv0(argc > 0 ? argv[0] : "");
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    core::Subsystem::Release();
-    return 0;
+    return bench::RunWindowBenchmarks(argc, argv);
 }
