@@ -24,6 +24,20 @@ struct ShapeStyle {
     bool silhouette = false;
 };
 
+// What the application's settings ask of the entities' drawing this frame.
+struct DrawOptions {
+    // A border on every shape, not only on selected ones and those under the mouse.
+    bool borders = true;
+    // Hinges and fix joints show: the simulation is paused, or the user wants them always.
+    bool drawJoints = true;
+    // Polygon debug overlays: the box tree, the distance map's box, the bounding circle,
+    // the vertices.
+    bool drawOBBs = false;
+    bool drawMapOBBs = false;
+    bool drawBCs = false;
+    bool drawVertices = false;
+};
+
 // One point of a pen's trail: where it was, the side it widens to, and how faded it is
 // (1 new, 0 gone).
 struct TrailVertex {
@@ -45,6 +59,9 @@ public:
     // The size of a window pixel and of an inch of the screen, in world units.
     virtual float GetPixelSize() const = 0;
     virtual float GetInchInWorld() const = 0;
+    // The width of a shape's border, in world units.
+    virtual float GetBorderWidth() const = 0;
+    virtual const DrawOptions& GetOptions() const = 0;
 
     virtual void PushTransform(const math::Mat3& transform) = 0;
     virtual void PopTransform() = 0;
@@ -62,6 +79,8 @@ public:
 
     // A square picture of the side centred on the point and turned by the angle: joints,
     // a pen's dot, the ring of a selected joint. Textures go by their data file's name.
+    // Sprites, strips, lines, outlines and trails are drawn over whatever lies below them,
+    // without the depth test.
     virtual void Sprite(const char* texture, math::Vec2 center, float side, float angle,
                         const math::Vec4& color) = 0;
     // A strip of the width from a to b, the texture repeated along it every width, with
@@ -72,11 +91,13 @@ public:
     // The outline of a rectangle with round corners, turned by the angle.
     virtual void RoundedRect(math::Vec2 center, math::Vec2 halfSize, float angle, float radius,
                              const math::Vec4& color) = 0;
-    // A pen's trail: one strip through the vertices, fading with their freshness.
+    // A pen's trail: one strip through the vertices, fading with their freshness. A
+    // painter with shaders widens it by a pixel for its soft sides.
     virtual void Trail(const TrailVertex* vertices, size_t count, float width,
                        const math::Vec4& color) = 0;
 
-    // Debug overlays: points, a closed outline, a filled disc.
+    // Debug overlays: points, and a closed outline and a filled disc that add their colour
+    // to what lies below.
     virtual void Points(const math::Vec2* points, size_t count, float size,
                         const math::Vec4& color) = 0;
     virtual void Outline(const math::Vec2* points, size_t count, const math::Vec4& color) = 0;
