@@ -52,6 +52,25 @@ EntityPtr BoxEntity::CloneScaled(float sx, float sy) const {
     return clone;
 }
 
+void BoxEntity::Draw(Painter& painter) const {
+    DrawShape(painter, GetShapeStyle(painter));
+}
+
+void BoxEntity::DrawSilhouette(Painter& painter, const math::Vec4& fill) const {
+    DrawShape(painter, GetSilhouetteStyle(fill));
+}
+
+void BoxEntity::DrawShape(Painter& painter, const ShapeStyle& style) const {
+    // The painter's box lies about the origin along the axes; the geom's box may have a
+    // centre and axes of its own in the geom's frame.
+    const math::OBB2D& local = m_box->GetLocalBox();
+    const math::Mat3 boxFrame(local.axis1.x, local.axis2.x, local.centre.x, local.axis1.y,
+                              local.axis2.y, local.centre.y, 0, 0, 1);
+    painter.PushTransform(ToMatrix(m_geom->GetTransform()) * boxFrame);
+    painter.Box(local.halfExtents, style);
+    painter.PopTransform();
+}
+
 bool BoxEntity::IntersectsLines(const physics::LineList& stroke) const {
     math::Vec2 corners[4];
     GetWorldCorners(corners);

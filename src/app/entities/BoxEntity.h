@@ -13,6 +13,8 @@ public:
     EntityPtr Clone() const override;
     // A box while the scaled axes stay square, otherwise a polygon of its corners.
     EntityPtr CloneScaled(float sx, float sy) const override;
+    void Draw(Painter& painter) const override;
+    void DrawSilhouette(Painter& painter, const math::Vec4& color) const override;
     // Only a stroke that passes through: two crossings of the outline.
     bool IntersectsLines(const physics::LineList& stroke) const override;
     bool IsInside(const physics::Polygon& polygon) const override;
@@ -23,6 +25,7 @@ public:
 
 private:
     void GetWorldCorners(math::Vec2 corners[4]) const;
+    void DrawShape(Painter& painter, const ShapeStyle& style) const;
 
     util::SharedPtr<physics::Box> m_box;
 };

@@ -43,6 +43,20 @@ EntityPtr CircleEntity::CloneScaled(float sx, float sy) const {
     return CloneAsPolygon(points);
 }
 
+void CircleEntity::Draw(Painter& painter) const {
+    DrawShape(painter, GetShapeStyle(painter));
+}
+
+void CircleEntity::DrawSilhouette(Painter& painter, const math::Vec4& fill) const {
+    DrawShape(painter, GetSilhouetteStyle(fill));
+}
+
+void CircleEntity::DrawShape(Painter& painter, const ShapeStyle& style) const {
+    painter.PushTransform(ToMatrix(m_geom->GetTransform()));
+    painter.Circle(m_circle->GetRadius(), style);
+    painter.PopTransform();
+}
+
 bool CircleEntity::IntersectsLines(const physics::LineList& stroke) const {
     const math::Vec2& centre = m_circle->GetCentre();
     const float radius = m_circle->GetRadius();

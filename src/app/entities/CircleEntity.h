@@ -13,6 +13,8 @@ public:
     EntityPtr Clone() const override;
     // A circle under an even scale, otherwise a polygon around the ellipse.
     EntityPtr CloneScaled(float sx, float sy) const override;
+    void Draw(Painter& painter) const override;
+    void DrawSilhouette(Painter& painter, const math::Vec4& color) const override;
     // A segment with one end inside counts once, one that passes through twice; at least
     // two are wanted.
     bool IntersectsLines(const physics::LineList& stroke) const override;
@@ -23,6 +25,8 @@ public:
     physics::Circle& GetCircle() const { return *m_circle; }
 
 private:
+    void DrawShape(Painter& painter, const ShapeStyle& style) const;
+
     util::SharedPtr<physics::Circle> m_circle;
 };
 

@@ -54,6 +54,20 @@ bool StrokePassesNear(const physics::LineList& stroke, const math::Vec2& point, 
     return false;
 }
 
+math::Vec4 Entity::GetBorderColor() const {
+    if (selected && mouseOver) {
+        return {0.8f, 0.8f, 0.8f, 1};
+    }
+    if (selected) {
+        return {1, 1, 1, 1};
+    }
+    if (mouseOver) {
+        return {0.2f, 0.2f, 0.2f, 1};
+    }
+    const math::Vec4 fill = color->Get();
+    return {fill.x / 2, fill.y / 2, fill.z / 2, fill.w};
+}
+
 void Entity::SetChain(const ChainPtr& chain) {
     m_chain = chain;
 }

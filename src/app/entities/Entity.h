@@ -27,6 +27,7 @@ using AttributeMap = util::HashMap<util::String, script::ObjectPtr>;
 // order Deserialize sets them. An entity never drops a variable, so the plain pointers
 // stay good for as long as the entity lives.
 using AttributeValues = std::vector<std::pair<script::Variable*, script::ObjectPtr>>;
+class Painter;
 
 // What the user sees, selects and edits: a shape, a joint or a pen. It keeps the
 // attributes that scripts, scene files and panels read and write, and can be put into and
@@ -40,6 +41,8 @@ public:
 
     // Once a frame while in the simulation.
     virtual void Update(math::real /*dt*/) {}
+    // Once a frame, in world units, in the frame the caller set on the painter.
+    virtual void Draw(Painter& painter) const = 0;
     // The point lies on the entity.
     virtual bool Contains(const math::Vec2& point) const = 0;
     // The stroke, a list of segments, passes through the entity: the erase gesture.
@@ -71,6 +74,9 @@ public:
     virtual void CopyAttributes(const Entity& source);
 
     bool IsTransforming() const { return m_transforming; }
+    // The colour of a shape's border and of the ring or outline around a selected joint or
+    // pen: it tells selected and under the mouse apart, and otherwise darkens the fill.
+    math::Vec4 GetBorderColor() const;
     // The next id to be drawn, for tests of the running counter.
     static int PeekNextID();
 

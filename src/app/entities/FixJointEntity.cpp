@@ -3,6 +3,7 @@
 #include <map>
 #include <vector>
 
+#include "app/Painter.h"
 #include "app/Scene.h"
 #include "app/entities/PlaneEntity.h"
 #include "logging/Log.h"
@@ -210,6 +211,19 @@ void FixJointEntity::Split() {
         physics::BodyPtr split(new physics::Body());
         split->SetGeoms(ToGeomSet(part1));
         sim.AddBody(split);
+    }
+}
+
+void FixJointEntity::Draw(Painter& painter) const {
+    if (!painter.GetOptions().drawJoints || !IsInSimulation()) {
+        return;
+    }
+    const float side = size->Get();
+    const float angle = m_geom0->GetBody()->angle;
+    painter.Sprite(IsBackground() ? "fixjoint_bg" : "fixjoint", m_world0, side, angle,
+                   color->Get());
+    if (selected || mouseOver) {
+        painter.Sprite("ring", m_world0, 1.5f * side, 0, GetBorderColor());
     }
 }
 

@@ -13,6 +13,8 @@ public:
     ~FixJointEntity() override;
 
     JointEntityPtr Clone() const override;
+    // Only while the options show joints and the two ends are one body; it turns with it.
+    void Draw(Painter& painter) const override;
     // Anew only when the ends differ from those it fixed.
     void Rebuild() override;
     void AddToSimulation() override;

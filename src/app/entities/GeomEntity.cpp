@@ -27,6 +27,30 @@ GeomEntity::GeomEntity(const util::String& reflectedName, physics::GeomPtr geom)
 
 GeomEntity::~GeomEntity() = default;
 
+ShapeStyle GeomEntity::GetShapeStyle(const Painter& painter) const {
+    ShapeStyle style;
+    style.fill = color->Get();
+    style.border = GetBorderColor();
+    if (painter.GetOptions().borders || selected || mouseOver) {
+        style.borderWidth = painter.GetBorderWidth();
+    }
+    return style;
+}
+
+ShapeStyle GeomEntity::GetSilhouetteStyle(const math::Vec4& fill) {
+    ShapeStyle style;
+    style.fill = fill;
+    style.border = fill;
+    style.silhouette = true;
+    return style;
+}
+
+math::Mat3 GeomEntity::ToMatrix(const physics::Transform& transform) {
+    const math::Vec2& r = transform.rotation;
+    const math::Vec2& t = transform.translation;
+    return math::Mat3(r.x, -r.y, t.x, r.y, r.x, t.y, 0, 0, 1);
+}
+
 const physics::BodyPtr& GeomEntity::GetBody() const {
     m_body = physics::BodyPtr(dynamic_cast<physics::Body*>(m_geom->GetBody()));
     return m_body;

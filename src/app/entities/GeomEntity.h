@@ -1,6 +1,8 @@
 #pragma once
 
+#include "app/Painter.h"
 #include "app/entities/Entity.h"
+#include "math/Matrix3.h"
 #include "physics/Forward.h"
 
 namespace app {
@@ -17,6 +19,9 @@ public:
     // The same, with the shape scaled about the world origin along the world axes; a shape
     // that cannot keep its kind under the scale comes back as a polygon.
     virtual EntityPtr CloneScaled(float sx, float sy) const = 0;
+    // The shape alone at its place, flat in the colour and without a border: the mask that
+    // keeps water out of what one can see through.
+    virtual void DrawSilhouette(Painter& painter, const math::Vec4& color) const = 0;
 
     void Update(math::real dt) override;
     // On the shape or inside it.
@@ -50,6 +55,12 @@ protected:
     // The corners of a box or a scaled shape as a polygon entity with this one's
     // attributes.
     EntityPtr CloneAsPolygon(const math::Vec2List& worldPoints) const;
+    // The fill and border every shape draws with: a border of the painter's width when the
+    // options want borders everywhere, or when the shape is selected or under the mouse.
+    ShapeStyle GetShapeStyle(const Painter& painter) const;
+    static ShapeStyle GetSilhouetteStyle(const math::Vec4& color);
+    // The geom's local frame as the painter's transform takes it.
+    static math::Mat3 ToMatrix(const physics::Transform& transform);
 
     physics::GeomPtr m_geom;
 

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "app/Painter.h"
 #include "app/entities/ControlInputs.h"
 #include "math/MathUtil.h"
 #include "physics/Simulation.h"
@@ -28,6 +29,22 @@ JointEntityPtr HingeEntity::Clone() const {
     hinge.buttonBack = buttonBack;
     hinge.buttonBrake = buttonBrake;
     return clone;
+}
+
+void HingeEntity::Draw(Painter& painter) const {
+    if (!painter.GetOptions().drawJoints) {
+        return;
+    }
+    const math::Vec2 center = (m_world0 + m_world1) * 0.5f;
+    const float side = size->Get();
+    if (side >= 5 * painter.GetPixelSize()) {
+        const math::Vec4 fill = color->Get();
+        painter.Sprite(IsBackground() ? "hinge_bg" : "hinge", center, side, 0, fill);
+        painter.Line(m_world0, m_world1, fill);
+    }
+    if (selected || mouseOver) {
+        painter.Sprite("ring", center, 1.4f * side, 0, GetBorderColor());
+    }
 }
 
 void HingeEntity::Rebuild() {

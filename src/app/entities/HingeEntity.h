@@ -14,6 +14,8 @@ public:
     ~HingeEntity() override;
 
     JointEntityPtr Clone() const override;
+    // Only while the options show joints; a hinge too small to see shows only its ring.
+    void Draw(Painter& painter) const override;
     void Rebuild() override;
     void AddToSimulation() override;
     void RemoveFromSimulation() override;

@@ -123,6 +123,28 @@ void PenEntity::OnSimUpdate() {
     }
 }
 
+void PenEntity::Draw(Painter& painter) const {
+    const float penSize = size->Get();
+    const float fade = fadeTime->Get();
+    const math::Vec4 fill = color->Get();
+    if (m_trail.size() >= 2 && fade > 0) {
+        m_trailVertices.clear();
+        for (size_t i = FindBegin(); i < m_trail.size(); ++i) {
+            const TrailPoint& point = m_trail[i];
+            // Below 0 for the point before the fade, so that the strip reaches 0 between
+            // the two, where the fade time runs out.
+            const float age = static_cast<float>(m_time - point.time);
+            m_trailVertices.push_back({point.position, point.normal, 1 - age / fade});
+        }
+        painter.Trail(m_trailVertices.data(), m_trailVertices.size(), 0.7f * penSize, fill);
+    }
+    const math::Vec2 at = GetWorldPoint();
+    painter.Sprite("dot", at, penSize, 0, fill);
+    if (selected || mouseOver) {
+        painter.Sprite("ring", at, 1.3f * penSize, 0, GetBorderColor());
+    }
+}
+
 size_t PenEntity::FindBegin() const {
     size_t i = 0;
     while (i < m_trail.size() && m_time - m_trail[i].time > fadeTime->Get()) {

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <deque>
+#include <vector>
 
+#include "app/Painter.h"
 #include "app/entities/Entity.h"
 #include "physics/Forward.h"
 
@@ -50,6 +52,8 @@ public:
     bool IntersectsLines(const physics::LineList& stroke) const override;
     bool IsInside(const physics::Polygon& polygon) const override;
     math::BoundingBox2f GetBoundingBox() const override;
+    // The trail from just before the fade time, fading with age, then the dot.
+    void Draw(Painter& painter) const override;
 
     // Once a simulation step.
     void OnSimUpdate();
@@ -67,6 +71,9 @@ private:
     math::Vec2 m_worldPoint{0, 0};
     double m_time;
     Trail m_trail;
+    // The trail as the painter takes it, kept between frames so that a long trail costs no
+    // allocation each frame.
+    mutable std::vector<TrailVertex> m_trailVertices;
 };
 
 }  // namespace app

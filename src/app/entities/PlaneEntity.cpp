@@ -36,6 +36,20 @@ EntityPtr PlaneEntity::CloneScaled(float sx, float sy) const {
     return clone;
 }
 
+void PlaneEntity::Draw(Painter& painter) const {
+    DrawShape(painter, GetShapeStyle(painter));
+}
+
+void PlaneEntity::DrawSilhouette(Painter& painter, const math::Vec4& fill) const {
+    DrawShape(painter, GetSilhouetteStyle(fill));
+}
+
+void PlaneEntity::DrawShape(Painter& painter, const ShapeStyle& style) const {
+    // The geom keeps n . p + d = 0, solid where that is negative; the painter wants the
+    // points behind n . p = offset.
+    painter.HalfPlane(m_plane->GetNormal(), -m_plane->GetOffset(), style);
+}
+
 bool PlaneEntity::IntersectsLines(const physics::LineList& stroke) const {
     for (const physics::Line& segment : stroke) {
         if ((m_plane->Dist(segment.a) < 0) != (m_plane->Dist(segment.b) < 0)) {

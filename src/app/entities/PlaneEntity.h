@@ -13,6 +13,10 @@ public:
 
     EntityPtr Clone() const override;
     EntityPtr CloneScaled(float sx, float sy) const override;
+    // The plane's normal and offset are world values already: it pushes no frame of its
+    // own and lands in the caller's frame, as joints and pens do.
+    void Draw(Painter& painter) const override;
+    void DrawSilhouette(Painter& painter, const math::Vec4& color) const override;
     // Some segment of the stroke has its ends on both sides.
     bool IntersectsLines(const physics::LineList& stroke) const override;
     // Never: a plane has no end.
@@ -26,6 +30,8 @@ public:
     static physics::Transform PlaceAt(const math::Vec2& normal, float dist);
 
 private:
+    void DrawShape(Painter& painter, const ShapeStyle& style) const;
+
     util::SharedPtr<physics::Plane> m_plane;
 };
 

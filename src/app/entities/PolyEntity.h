@@ -12,6 +12,9 @@ public:
 
     EntityPtr Clone() const override;
     EntityPtr CloneScaled(float sx, float sy) const override;
+    // The shape, then the debug overlays the options ask for, in world units.
+    void Draw(Painter& painter) const override;
+    void DrawSilhouette(Painter& painter, const math::Vec4& color) const override;
     // More than one crossing of the outline: the stroke passes through.
     bool IntersectsLines(const physics::LineList& stroke) const override;
     bool IsInside(const physics::Polygon& polygon) const override;
@@ -22,8 +25,13 @@ public:
     float GetTextureScale() const { return m_textureScale; }
 
 private:
+    void DrawShape(Painter& painter, const ShapeStyle& style) const;
+    void DrawOverlays(Painter& painter) const;
+
     physics::PolygonPtr m_polygon;
     float m_textureScale;
+    // What the painter built from the distance map, kept for as long as the polygon.
+    mutable util::SharedPtr<util::Pointee> m_drawCache;
 };
 
 }  // namespace app

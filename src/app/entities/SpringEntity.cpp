@@ -1,5 +1,9 @@
 #include "app/entities/SpringEntity.h"
 
+#include <algorithm>
+#include <cmath>
+
+#include "app/Painter.h"
 #include "math/MathUtil.h"
 #include "physics/Geom.h"
 #include "physics/Simulation.h"
@@ -31,6 +35,22 @@ void SpringEntity::AddWriteThrough(script::AttribGetSetPtr<float>& out, const ut
 }
 
 SpringEntity::~SpringEntity() = default;
+
+void SpringEntity::Draw(Painter& painter) const {
+    const float width = size->Get();
+    painter.Strip("spring", "spring_attachment", m_world0, m_world1, width, color->Get());
+    if (!selected && !mouseOver) {
+        return;
+    }
+    const math::Vec2 axis = m_world1 - m_world0;
+    const float around = 1.15f * width;
+    const math::Vec2 halfSize((axis.Length() + around) / 2, around / 2);
+    const float radius = std::min(0.3f * painter.GetInchInWorld(), 0.15f * around);
+    math::Vec4 border = GetBorderColor();
+    border.w *= 0.5f;
+    painter.RoundedRect((m_world0 + m_world1) * 0.5f, halfSize, std::atan2(axis.y, axis.x), radius,
+                        border);
+}
 
 JointEntityPtr SpringEntity::Clone() const {
     JointEntityPtr clone(new SpringEntity(size->Get()));

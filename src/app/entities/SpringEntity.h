@@ -13,6 +13,8 @@ public:
     ~SpringEntity() override;
 
     JointEntityPtr Clone() const override;
+    // A strip between the ends; selected or under the mouse, a rounded outline around it.
+    void Draw(Painter& painter) const override;
     void Rebuild() override;
     void AddToSimulation() override;
     void RemoveFromSimulation() override;
