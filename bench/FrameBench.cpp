@@ -1,17 +1,31 @@
-// Cost of the idle frame (no scene) and of the frame's own stages. Needs an X server:
-//   xvfb-run -a build/bin/vorra-frame-bench
-// After the benchmarks it runs a few thousand frames and prints the profiler's report,
-// which splits the frame by stage.
+// Cost of the idle frame (no scene), of the frame's own stages, and of whole frames of
+// scenes drawn in a 1024 by 768 window. Needs an X server:
+//   xvfb-run -a -s "-screen 0 1280x1024x24" build/bin/vorra-frame-bench
+// First it draws three scenes, each with shaders on and off, with the simulation paused so
+// that the figures are the drawing's: the welcome scene, 2,000 entities (boxes, circles,
+// polygons and hinges) and 10,000 water particles, each fitted into the window. For each
+// it prints the frames a second and the profiler's split of the frame by stage. Then the
+// idle frame's profile, then the benchmarks.
 
 #include <SDL.h>
 #include <benchmark/benchmark.h>
 
+#include <functional>
 #include <iostream>
 #include <limits>
 #include <vector>
 
+#include "BenchScene.h"
+#include "BenchWindow.h"
+#include "app/App.h"
+#include "app/Background.h"
+#include "app/Scene.h"
+#include "core/ResourceManager.h"
 #include "core/Subsystem.h"
+#include "gui/GUI.h"
 #include "logging/Logger.h"
+#include "physics/Simulation.h"
+#include "script/Parser.h"
 #include "util/Callback.h"
 #include "util/CallbackSet.h"
 #include "util/FileSystem.h"
@@ -21,16 +35,18 @@ namespace {
 
 class Owner : public util::Pointee {};
 
+// The shared window with what main publishes, the application root among it.
 core::Subsystem& Window() {
     static core::Subsystem* subsystem = [] {
-        core::Subsystem& s = core::Subsystem::Get();
-        core::WindowParams params;
-        params.resolution.x = 640;
-        params.resolution.y = 480;
-        s.CreateWindow(params);
-        // Never sleep: measure the frame itself. Any finite cap still sleeps a millisecond
-        // whenever two frames fall within one tick of the millisecond clock (dt = 0).
-        s.SetMaxFPS(std::numeric_limits<float>::infinity());
+        core::Subsystem& s = bench::BenchWindow();
+        bench::MakeServices();
+        gui::GUI& gui = gui::GUI::Get();
+        script::AddToRoot(&gui);
+        app::App* application = new app::App();
+        gui.GetMainLayer()->Add(gui::ComponentPtr(application));
+        script::AddToRoot(application);
+        script::AddToRoot(script::ReflectedPtr(application->GetBackground()));
+        core::ResourceManager::Get().Prefetch();
         s.BeginRun();
         return &s;
     }();
@@ -105,6 +121,77 @@ void BM_ProfilerScope(benchmark::State& state) {
 }
 BENCHMARK(BM_ProfilerScope);
 
+// Runs frames for the given wall time and gives the rate.
+double MeasureFrames(double seconds) {
+    core::Subsystem& subsystem = Window();
+    const Uint64 frequency = SDL_GetPerformanceFrequency();
+    const Uint64 start = SDL_GetPerformanceCounter();
+    int frames = 0;
+    while (static_cast<double>(SDL_GetPerformanceCounter() - start) / frequency < seconds) {
+        subsystem.RunFrame();
+        ++frames;
+    }
+    return frames / (static_cast<double>(SDL_GetPerformanceCounter() - start) / frequency);
+}
+
+// The profiler's report over the frames since the last one.
+util::String FrameProfile() {
+    util::Profiler& profiler = util::Profiler::Get();
+    profiler.RequestReport();
+    Window().RunFrame();
+    return profiler.GetOutput();
+}
+
+void FitSceneIntoWindow() {
+    app::Scene& scene = app::Scene::Get();
+    math::BoundingBox2f box;
+    for (const app::EntityPtr& entity : scene.GetEntities()) {
+        box.Add(entity->GetBoundingBox());
+    }
+    for (const physics::ParticlePtr& particle : physics::Simulation::Get().GetParticles()) {
+        box.Add(particle->position);
+    }
+    scene.GetCamera().SetViewport(math::Vec2(0, 0), math::Vec2(1024, 768));
+    scene.GetCamera().FitBox(box);
+}
+
+void ProfileScene(const char* name, const std::function<void()>& build) {
+    Window();
+    build();
+    physics::Simulation::Get().running->SetNative(false);
+    util::Profiler& profiler = util::Profiler::Get();
+    profiler.SetOutputOn(true);
+    for (const bool shaders : {true, false}) {
+        core::ResourceManager::Get().shaders->SetNative(shaders);
+        // Shaders and textures are built, and the first frames' caches filled.
+        MeasureFrames(0.5);
+        FrameProfile();
+        const double fps = MeasureFrames(4.0);
+        std::cout << "\n"
+                  << name << ", shaders " << (shaders ? "on" : "off") << ": " << fps
+                  << " frames a second\n"
+                  << FrameProfile() << std::endl;
+    }
+    profiler.SetOutputOn(false);
+    core::ResourceManager::Get().shaders->SetNative(true);
+}
+
+void ProfileScenes() {
+    ProfileScene("Welcome scene", [] {
+        app::App::Get().GetAppGUI()->LoadScene("welcome", true);
+        FitSceneIntoWindow();
+    });
+    ProfileScene("2,000 entities", [] {
+        bench::BuildScene({2000, 500, 500, 500, 0});
+        FitSceneIntoWindow();
+    });
+    ProfileScene("10,000 water particles", [] {
+        bench::BuildScene({0, 0, 0, 0, 10000});
+        FitSceneIntoWindow();
+    });
+    app::Scene::Get().Clear();
+}
+
 void PrintFrameProfile() {
     core::Subsystem& subsystem = Window();
     util::Profiler& profiler = util::Profiler::Get();
@@ -116,6 +203,7 @@ void PrintFrameProfile() {
     subsystem.RunFrame();
     std::cout << "\nProfile of the idle frame over the last report interval:\n"
               << profiler.GetOutput() << std::endl;
+    profiler.SetOutputOn(false);
 }
 
 }  // namespace
@@ -123,9 +211,11 @@ void PrintFrameProfile() {
 int main(int argc, char** argv) {
     util::FileSystem::Get().SetArgv0(argc > 0 ? argv[0] : "");
     benchmark::Initialize(&argc, argv);
-    // First, while the profiler's tree holds only the frame's own stages.
+    ProfileScenes();
     PrintFrameProfile();
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
+    app::App::Release();
+    core::Subsystem::Release();
     return 0;
 }

@@ -8,6 +8,7 @@
 
 #include "app/Actions.h"
 #include "app/AppModel.h"
+#include "app/BackgroundSettings.h"
 #include "app/FileInfo.h"
 #include "app/Scene.h"
 #include "app/Serializer.h"
@@ -69,6 +70,7 @@ Shell::Shell(std::ostream& out) : m_out(out) {
     script::AddToRoot(&physics::Simulation::Get());
     script::AddToRoot(&physics::SPH::Get());
     script::AddToRoot(script::ReflectedPtr(new app::HeadlessApp()));
+    script::AddToRoot(script::ReflectedPtr(new app::HeadlessBackground()));
     script::AddToRoot(&app::Scene::Get());
     app::Serializer::Get();
 }

@@ -13,7 +13,9 @@
 
 namespace app {
 
-AppGUI::AppGUI() : gui::Component("AppGUI") {}
+AppGUI::AppGUI() : gui::Component("AppGUI") {
+    AddAttrib(m_drawHingesWhenRunning, "drawHingesWhenRunning", true);
+}
 
 AppGUI::~AppGUI() = default;
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "gui/Component.h"
+#include "script/Attributes.h"
 
 namespace app {
 
@@ -23,6 +24,12 @@ public:
 
     // A bare name goes into the scene folder, and ".vra" is added where it is missing.
     static util::String NormaliseScenePath(util::String path);
+
+    // Hinges and fix joints show while the simulation runs, not only while it is paused.
+    bool GetDrawHingesWhenRunning() const { return m_drawHingesWhenRunning->Get(); }
+
+private:
+    script::AttribPtr<bool> m_drawHingesWhenRunning;
 };
 
 }  // namespace app

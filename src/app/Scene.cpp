@@ -46,6 +46,18 @@ void ResetAttributes(const script::ClassObject& object) {
     }
 }
 
+// The same for the named attributes of an object under the root, when it is there.
+void ResetNamedAttributes(const util::String& path, std::initializer_list<const char*> names) {
+    if (const script::ClassObject* object = script::FindInRoot(path)) {
+        for (const char* name : names) {
+            if (auto* attribute =
+                    dynamic_cast<script::AbstractAttrib*>(object->GetVariable(name).Get())) {
+                attribute->ResetToDefault();
+            }
+        }
+    }
+}
+
 }  // namespace
 
 Scene::Scene() : script::Reflected("Scene"), m_camera(new Camera()) {
@@ -516,6 +528,8 @@ void Scene::Clear() {
 void Scene::New() {
     Clear();
     ResetAttributes(physics::Simulation::Get());
+    ResetNamedAttributes("App", {"borders", "waterColor", "fadeColor"});
+    ResetNamedAttributes("Background", {"skyColor", "cloudOpacity", "drawClouds"});
     m_camera->pan->ResetToDefault();
     m_camera->zoom->ResetToDefault();
 }

@@ -85,6 +85,23 @@ void WriteSettings(const script::ClassObject& object, const util::String& path,
     }
 }
 
+// "Path.name = value" for the named attributes of the object published at the root under
+// the path, when it is there: the window side publishes the background, the shell not.
+void WriteNamedSettings(const util::String& path, std::initializer_list<const char*> names,
+                        std::vector<util::String>& statements) {
+    const script::ClassObject* object = script::FindInRoot(path);
+    if (!object) {
+        return;
+    }
+    for (const char* name : names) {
+        const script::VariablePtr variable = object->GetVariable(name);
+        const util::String code = variable ? Code(variable->GetValue()) : util::String();
+        if (!code.empty()) {
+            statements.push_back(path + "." + name + " = " + code);
+        }
+    }
+}
+
 // The creator command that makes an entity of this kind.
 const char* CommandOf(const Entity& entity) {
     if (dynamic_cast<const PlaneEntity*>(&entity)) {
@@ -303,7 +320,10 @@ util::String Serializer::Write(const std::vector<EntityPtr>& entities, bool whol
 void Serializer::WriteSceneSettings(std::vector<util::String>& statements) const {
     const Scene& scene = Scene::Get();
     WriteSettings(scene.GetCamera(), "Scene." + scene.GetCamera().GetReflectedName(), statements);
+    WriteNamedSettings("App", {"waterColor", "borders"}, statements);
     WriteSettings(physics::Simulation::Get(), "Sim", statements);
+    WriteNamedSettings("Background", {"skyColor", "cloudOpacity", "drawClouds"}, statements);
+    WriteNamedSettings("App", {"fadeColor"}, statements);
 }
 
 void Serializer::WriteGroups(const std::function<int(const Entity*)>& idOf,

@@ -184,6 +184,7 @@ void Snapshot::Restore() {
     Guarded([] { Serializer::Get().BeginRestoring(); });
     for (const EntityPtr& entity : m_entities) {
         Guarded([&] {
+            entity->previewTransform = math::Mat3::Identity();
             scene.AddEntity(entity);
             Serializer::Get().RegisterRestored(entity);
         });

@@ -7,6 +7,7 @@
 #include <iostream>
 
 #include "app/App.h"
+#include "app/Background.h"
 #include "app/InputControls.h"
 #include "app/Scene.h"
 #include "app/Serializer.h"
@@ -130,6 +131,7 @@ int RunProgram(int argc, char** argv) {
     gui.GetMainLayer()->Add(gui::ComponentPtr(application));
     script::AddToRoot(script::ReflectedPtr(gui.GetConsole()));
     script::AddToRoot(application);
+    script::AddToRoot(script::ReflectedPtr(application->GetBackground()));
     script::AddToRoot(&app::Scene::Get());
     app::Serializer::Get();
     // Key bindings of the configuration and the controls of loaded scenes need the keys.

@@ -652,4 +652,9 @@ void AddToRoot(const ReflectedPtr& object) {
     Parser::Get().GetRootClosure()->AddReflected(object);
 }
 
+ClassObject* FindInRoot(const util::String& name) {
+    const ObjectPtr value = Parser::Get().GetRootClosure()->GetValue(name);
+    return dynamic_cast<ClassObject*>(value.Get());
+}
+
 }  // namespace script

@@ -110,5 +110,8 @@ private:
 
 // Makes an object visible under the root of the language.
 void AddToRoot(const ReflectedPtr& object);
+// The object of that name under the root, or null when there is none or it holds no
+// attributes.
+ClassObject* FindInRoot(const util::String& name);
 
 }  // namespace script

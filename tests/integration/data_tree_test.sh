@@ -10,8 +10,11 @@ command -v xdotool >/dev/null || fail "xdotool is missing"
 
 make_work_directory "$exe" "$data"
 log="$work/Logfile.txt"
+# An empty scene under a clear sky, so that the middle of the window shows the sky.
+rm -f "$work/scenes/welcome.vra"
 cat >"$work/config.cfg" <<'CFG'
 System.resolution = [640, 480];
+Background.drawClouds = false;
 Resources.shaders = true;
 Keys.bind("f12", { System.screenshot });
 Keys.bind("f7", { System.antiAlias = 2; System.recreateWindow });
@@ -44,8 +47,8 @@ for shot in "${shots[@]}"; do
   [ $(($(byte_at "$shot" 12) + 256 * $(byte_at "$shot" 13))) -eq 640 ] || fail "$shot width"
   # The sky of the empty window, blue green red, in the middle of the picture.
   middle=$((18 + (240 * 640 + 320) * 3))
-  near "$(byte_at "$shot" $middle)" 230 && near "$(byte_at "$shot" $((middle + 1)))" 179 &&
-    near "$(byte_at "$shot" $((middle + 2)))" 140 || fail "$shot does not show the window"
+  near "$(byte_at "$shot" $middle)" 255 && near "$(byte_at "$shot" $((middle + 1)))" 102 &&
+    near "$(byte_at "$shot" $((middle + 2)))" 77 || fail "$shot does not show the window"
 done
 rm -rf "$work"
 

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "math/BoundingBox2.h"
+#include "math/Matrix3.h"
 #include "math/Real.h"
 #include "math/Vector2.h"
 #include "math/Vector4.h"
@@ -91,6 +92,9 @@ public:
     // Set every frame by the drawing pass.
     bool selected = false;
     bool mouseOver = false;
+    // Applied only when drawing, in world coordinates: a tool shows where the entity would
+    // go before it moves it. Identity when there is none.
+    math::Mat3 previewTransform = math::Mat3::Identity();
 
 private:
     // Whether Deserialize sets the variable from the key of its name.

@@ -1,0 +1,145 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "app/Painter.h"
+#include "math/BoundingBox2.h"
+#include "math/Vector4.h"
+#include "rendering/Texture.h"
+#include "rendering/TextureManager.h"
+#include "util/Pointee.h"
+#include "util/String.h"
+
+namespace rendering {
+class Shader;
+}  // namespace rendering
+
+namespace app {
+
+// The painter of the window: entities draw through OpenGL, with the shape programs where
+// shaders are on and compiled, the fixed pipeline otherwise.
+//
+// The caller sets up the entity pass: the camera's matrix on the model-view stack (the
+// current matrix mode), each entity at its own z, the depth test on with GL_LESS, blending
+// with (GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA), line width and point size.
+//
+// A shape program stays bound from one shape to the next, which saves the driver a
+// program switch per shape: whoever draws without the painter after a shape, and before
+// EndFrame, calls ReleaseProgram first. Every call leaves texture unit 0 with texturing on
+// or off as it found it and no texture bound.
+class GLPainter final : public Painter {
+public:
+    GLPainter();
+    ~GLPainter() override;
+    GLPainter(const GLPainter&) = delete;
+    GLPainter& operator=(const GLPainter&) = delete;
+
+    // Sizes in world units at the current zoom, and the settings of this frame's drawing.
+    // Needs the graphics context.
+    void BeginFrame(float pixelSize, float inchInWorld, float borderWidth,
+                    const DrawOptions& options);
+    // The same for a caller that has the world's visible box at hand. The painter does not
+    // need it: a half plane covers the viewport as the matrices in force when it is drawn
+    // show it, preview transforms included.
+    void BeginFrame(float pixelSize, float inchInWorld, float borderWidth,
+                    const math::BoundingBox2f& view, const DrawOptions& options);
+    // Unbinds the shape program kept bound since the last shape; the next shape binds it
+    // again.
+    void ReleaseProgram();
+    // Leaves no program bound.
+    void EndFrame();
+
+    float GetPixelSize() const override { return m_pixelSize; }
+    float GetInchInWorld() const override { return m_inchInWorld; }
+    float GetBorderWidth() const override { return m_borderWidth; }
+    const DrawOptions& GetOptions() const override { return m_options; }
+
+    void PushTransform(const math::Mat3& transform) override;
+    void PopTransform() override;
+
+    void Box(math::Vec2 halfSize, const ShapeStyle& style) override;
+    void Circle(float radius, const ShapeStyle& style) override;
+    void Polygon(const physics::Polygon& polygon, float textureScale,
+                 util::SharedPtr<util::Pointee>& cache, const ShapeStyle& style) override;
+    void HalfPlane(math::Vec2 normal, float offset, const ShapeStyle& style) override;
+
+    void Sprite(const char* texture, math::Vec2 center, float side, float angle,
+                const math::Vec4& color) override;
+    void Strip(const char* texture, const char* endTexture, math::Vec2 a, math::Vec2 b, float width,
+               const math::Vec4& color) override;
+    void Line(math::Vec2 a, math::Vec2 b, const math::Vec4& color) override;
+    void RoundedRect(math::Vec2 center, math::Vec2 halfSize, float angle, float radius,
+                     const math::Vec4& color) override;
+    void Trail(const TrailVertex* vertices, size_t count, float width,
+               const math::Vec4& color) override;
+
+    void Points(const math::Vec2* points, size_t count, float size,
+                const math::Vec4& color) override;
+    void Outline(const math::Vec2* points, size_t count, const math::Vec4& color) override;
+    void Disc(math::Vec2 center, float radius, const math::Vec4& color) override;
+
+    // The side of the pre-rendered disc textures of opaque circles, in texels.
+    static constexpr int kDiscTextureSide = 1024;
+    // Steps of the unit circle's table: the fans of circles, discs and rounded corners.
+    static constexpr int kCircleSteps = 128;
+
+private:
+    enum ProgramId { kBoxProgram, kCircleProgram, kPolygonProgram, kPlaneProgram, kLineProgram };
+    static constexpr int kProgramCount = 5;
+    static constexpr int kNoProgram = -1;
+    struct Program;
+    struct SpriteTexture {
+        util::String name;
+        rendering::TextureHandle handle;
+    };
+
+    // Binds the program if shaders are on and it compiled; false for the fixed pipeline.
+    bool UseProgram(ProgramId id);
+    // The fixed pipeline from here on.
+    void UseFixed();
+    void SetUniform(Program& program, int index, float value);
+    void SetUniform(Program& program, int index, const math::Vec2& value);
+    void SetUniform(Program& program, int index, const math::Vec4& value);
+    void SetShapeUniforms(Program& program, const ShapeStyle& style, float borderWidth,
+                          float pixelSize);
+
+    void SetColor(const math::Vec4& color);
+
+    // The texture of a sprite or strip by its data file's name; null if there is none.
+    const rendering::Texture* FindTexture(const char* name);
+    // The disc textures of opaque circles, made at the first need in each context.
+    bool EnsureDiscTextures();
+
+    // The circle as three plain primitives: the inside without its slice, the slice and
+    // the border ring, none overlapping another.
+    void CircleFans(float radius, float inner, const ShapeStyle& style);
+    void CircleTextures(float radius, float inner, const ShapeStyle& style);
+    // The step through the unit circle's table for a fan of the radius.
+    int FanStride(float radius) const;
+    void PolygonFixed(const rendering::Texture& texture, const math::Vec2* corners,
+                      const math::Vec2* texCoords, float textureScale, const ShapeStyle& style);
+    // The corners, in the painter's frame, of the viewport grown by a margin; false when the
+    // current matrices make no plane of it.
+    bool VisibleQuad(math::Vec2 corners[4]) const;
+
+    float m_pixelSize = 1;
+    float m_inchInWorld = 1;
+    float m_borderWidth = 0;
+    DrawOptions m_options;
+
+    util::SharedPtr<Program> m_programs[kProgramCount];
+    int m_current = kNoProgram;
+    util::SharedPtr<rendering::Shader> m_bound;
+
+    bool m_multiTexturing = false;
+    bool m_imaging = false;
+    bool m_warnedTransparency = false;
+
+    std::vector<SpriteTexture> m_sprites;
+    rendering::TexturePtr m_disc;
+    rendering::TexturePtr m_slicedDisc;
+    uint32_t m_discGeneration = 0;
+};
+
+}  // namespace app
