@@ -142,6 +142,29 @@ util::String FrameProfile() {
     return profiler.GetOutput();
 }
 
+// The frame's split, a second of frames for each level down to the scene's own stages.
+util::String FrameSplit() {
+    util::Profiler& profiler = util::Profiler::Get();
+    util::String out;
+    for (const char* level : {"", "Draw", "GUI::Draw", "App::DrawComp", "DrawMetaTex"}) {
+        const std::vector<util::Profiler::Node*>& children = profiler.GetDisplayed().children;
+        for (size_t i = 0; i < children.size(); ++i) {
+            if (util::String(children[i]->name) == level) {
+                profiler.ShowChild(i);
+            }
+        }
+        if (*level && profiler.GetDisplayed().name != util::String(level)) {
+            continue;
+        }
+        FrameProfile();
+        MeasureFrames(1.0);
+        out += FrameProfile();
+    }
+    while (profiler.ShowParent()) {
+    }
+    return out;
+}
+
 void FitSceneIntoWindow() {
     app::Scene& scene = app::Scene::Get();
     math::BoundingBox2f box;
@@ -163,14 +186,18 @@ void ProfileScene(const char* name, const std::function<void()>& build) {
     profiler.SetOutputOn(true);
     for (const bool shaders : {true, false}) {
         core::ResourceManager::Get().shaders->SetNative(shaders);
-        // Shaders and textures are built, and the first frames' caches filled.
+        // Shaders and textures are built, and the first frames' caches filled; the
+        // profiler's tree then holds the frame's stages only.
         MeasureFrames(0.5);
+        profiler.Reset();
+        profiler.SetOutputOn(true);
+        MeasureFrames(0.2);
         FrameProfile();
         const double fps = MeasureFrames(4.0);
         std::cout << "\n"
                   << name << ", shaders " << (shaders ? "on" : "off") << ": " << fps
                   << " frames a second\n"
-                  << FrameProfile() << std::endl;
+                  << FrameSplit() << std::endl;
     }
     profiler.SetOutputOn(false);
     core::ResourceManager::Get().shaders->SetNative(true);

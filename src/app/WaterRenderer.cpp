@@ -112,20 +112,25 @@ void WaterRenderer::DrawMetaTex(const math::Mat3& camera, const math::BoundingBo
                                 math::Vec2 viewport, const WaterLook& look) {
     VORRA_PROFILE("DrawMetaTex");
     if (!m_blob) {
+        // The blob is smooth: bilinear filtering alone sums the same field as mip-maps
+        // would, at half the cost per pixel on a software rasteriser.
         m_blob = rendering::TexturePtr(
-            new rendering::Texture(MakeBlobImage(), rendering::Texture::ImageType{GL_RGBA}));
+            new rendering::Texture(MakeBlobImage(), rendering::Texture::ImageType{GL_RGBA, false}));
     }
     if (!m_field) {
         rendering::Texture::ImageType type{GL_RGBA, false, 1, 1, 1, 1, 0};
         m_field = rendering::TexturePtr(new rendering::Texture(kFieldSize, kFieldSize, type));
     }
     rendering::Renderer& renderer = rendering::Renderer::Get();
+    const math::Vec2 field = FieldSize(viewport);
     glClearColor(0, 0, 0, 0);
     glClear(GL_COLOR_BUFFER_BIT);
 
     const math::Colour savedColor = renderer.GetColor();
     glPushAttrib(GL_ALL_ATTRIB_BITS);
     glPushMatrix();
+    // The same picture in a corner of the frame buffer, smaller by the field's scale.
+    glViewport(0, 0, static_cast<GLsizei>(field.x), static_cast<GLsizei>(field.y));
     renderer.SetColor(math::Colour(1, 1, 1, 1));
     glDisable(GL_DEPTH_TEST);
     glDepthMask(GL_FALSE);
@@ -154,8 +159,7 @@ void WaterRenderer::DrawMetaTex(const math::Mat3& camera, const math::BoundingBo
             }
         }
     }
-    m_field->Copy(static_cast<size_t>(std::min<float>(viewport.x, kFieldSize)),
-                  static_cast<size_t>(std::min<float>(viewport.y, kFieldSize)));
+    m_field->Copy(static_cast<size_t>(field.x), static_cast<size_t>(field.y));
 
     glPopMatrix();
     glPopAttrib();
@@ -183,8 +187,9 @@ void WaterRenderer::DrawField(math::Vec2 screen, math::Vec2 viewport, const Wate
     }
     const bool useShader = rendering::GraphicsContext::GetShadersEnabled() &&
                            rendering::ShaderManager::IsUsable(m_shader);
-    const float s = viewport.x / kFieldSize;
-    const float t = viewport.y / kFieldSize;
+    const math::Vec2 field = FieldSize(viewport);
+    const float s = field.x / kFieldSize;
+    const float t = field.y / kFieldSize;
     const auto drawQuad = [&] {
         m_field->Bind();
         glBegin(GL_QUADS);
@@ -253,6 +258,13 @@ void WaterRenderer::DrawField(math::Vec2 screen, math::Vec2 viewport, const Wate
         glBlendColor(1, 1, 1, 1);
     }
     glPopAttrib();
+}
+
+math::Vec2 WaterRenderer::FieldSize(math::Vec2 viewport) {
+    const auto side = [](float pixels) {
+        return std::clamp(std::floor(pixels * kFieldScale), 1.0f, static_cast<float>(kFieldSize));
+    };
+    return math::Vec2(side(viewport.x), side(viewport.y));
 }
 
 bool WaterRenderer::HasStencil() {

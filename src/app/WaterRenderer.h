@@ -38,6 +38,10 @@ public:
     static constexpr size_t kFieldSize = 2048;
     // The blob image's side.
     static constexpr int kBlobSize = 64;
+    // The field is summed at half the window's resolution: it is smooth, and the
+    // composite's linear filter and soft cut give the same outline, for a quarter of the
+    // pixel work of thousands of overlapping sprites.
+    static constexpr float kFieldScale = 0.5f;
 
     WaterRenderer();
     ~WaterRenderer();
@@ -75,6 +79,8 @@ private:
     // The built quads in one call.
     void DrawSprites() const;
     void DrawField(math::Vec2 screen, math::Vec2 viewport, const WaterLook& look);
+    // The field's size in pixels for a viewport.
+    static math::Vec2 FieldSize(math::Vec2 viewport);
     // The frame buffer has a stencil, for see-through water without constant-alpha
     // blending.
     static bool HasStencil();
