@@ -11,6 +11,7 @@
 #include "app/Scene.h"
 #include "app/WaterRenderer.h"
 #include "gui/GUI.h"
+#include "gui/Primitives.h"
 #include "input/Input.h"
 #include "input/KeyCodes.h"
 #include "math/MathUtil.h"
@@ -121,8 +122,7 @@ void App::DrawComp() {
     physics::Simulation& sim = physics::Simulation::Get();
     const math::Mat3 cameraMatrix = camera.GetTransform();
     // A matrix that is not finite would poison every later frame's drawing: skip this one.
-    if (!std::all_of(cameraMatrix.m, cameraMatrix.m + 9,
-                     [](float x) { return std::isfinite(x); })) {
+    if (!math::IsFinite(cameraMatrix)) {
         DrawChildren();
         return;
     }
@@ -245,16 +245,7 @@ void App::DrawFade(math::Vec2 viewport) {
     glRotatef(m_model.fadeRotate->Get(), 0, 0, 1);
     glScalef(scale.x, scale.y, 1);
     glTranslatef(-size.x / 2, -size.y / 2, 0);
-    glBegin(GL_QUADS);
-    glTexCoord2f(0, t);
-    glVertex2f(0, 0);
-    glTexCoord2f(0, 0);
-    glVertex2f(0, size.y);
-    glTexCoord2f(s, 0);
-    glVertex2f(size.x, size.y);
-    glTexCoord2f(s, t);
-    glVertex2f(size.x, 0);
-    glEnd();
+    gui::DrawTexturedRect(0, 0, size.x, size.y, s, t);
     rendering::Texture::Unbind();
     glPopMatrix();
 }

@@ -8,8 +8,10 @@
 
 #include "app/Camera.h"
 #include "app/Scene.h"
+#include "math/MathUtil.h"
 #include "math/Matrix3.h"
 #include "physics/Simulation.h"
+#include "rendering/GLMatrix.h"
 #include "rendering/Renderer.h"
 #include "util/FileSystem.h"
 #include "util/Profiler.h"
@@ -37,17 +39,6 @@ float UniformBelow(util::Random& random, float min, float max) {
 bool IsImageName(const util::String& name) {
     return std::any_of(std::begin(kExtensions), std::end(kExtensions),
                        [&](const char* extension) { return name.ends_with(extension); });
-}
-
-bool AllFinite(const math::Mat3& m) {
-    return std::all_of(std::begin(m.m), std::end(m.m), [](float v) { return std::isfinite(v); });
-}
-
-// Column-major, as OpenGL wants it.
-void LoadMatrix(const math::Mat3& m) {
-    const float matrix[16] = {m.m[0], m.m[3], 0, 0, m.m[1], m.m[4], 0, 0,
-                              0,      0,      1, 0, m.m[2], m.m[5], 0, 1};
-    glLoadMatrixf(matrix);
 }
 
 // The one way every quad here is drawn: the texture's corners at the rectangle's.
@@ -171,11 +162,11 @@ void Background::DrawClouds(float width, float height) {
     // A view that cannot be mapped back (math::Inverted would throw on a singular one, and
     // a pan near the float range gives no finite inverse) skips the clouds for this frame.
     const float determinant = layer.Determinant();
-    if (!AllFinite(layer) || !std::isfinite(determinant) || determinant == 0) {
+    if (!math::IsFinite(layer) || !std::isfinite(determinant) || determinant == 0) {
         return;
     }
     const math::Mat3 inverse = math::Inverted(layer);
-    if (!AllFinite(inverse)) {
+    if (!math::IsFinite(inverse)) {
         return;
     }
     glEnable(GL_BLEND);
@@ -188,7 +179,7 @@ void Background::DrawClouds(float width, float height) {
             Wrap(cloud.position.y, centre.y, m_wrapExtents.y);
         }
     }
-    LoadMatrix(layer);
+    rendering::LoadMatrix(layer);
     glEnable(GL_TEXTURE_2D);
     rendering::Renderer::Get().SetColor(math::Colour(1, 1, 1, cloudOpacity->Get()));
 

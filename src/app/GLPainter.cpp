@@ -8,6 +8,7 @@
 
 #include "logging/Log.h"
 #include "physics/Polygon.h"
+#include "rendering/GLMatrix.h"
 #include "rendering/GraphicsContext.h"
 #include "rendering/ImageFloat.h"
 #include "rendering/Renderer.h"
@@ -148,25 +149,37 @@ rendering::TexturePtr MakeDiscTexture(bool sliced) {
     return rendering::TexturePtr(rendering::TextureFromImageFloat(image, type));
 }
 
-// The depth test off for the scope: overlays lie over whatever is below them.
-class DepthTestOff {
+void SetCapability(GLenum capability, GLboolean on) {
+    if (on) {
+        glEnable(capability);
+    } else {
+        glDisable(capability);
+    }
+}
+
+// A capability off for the scope, and back on afterwards if it was on: overlays lie over
+// whatever is below them without the depth test, plain shapes draw without texturing.
+template <GLenum Capability>
+class CapabilityOff {
 public:
-    DepthTestOff() : m_was(glIsEnabled(GL_DEPTH_TEST)) {
+    CapabilityOff() : m_was(glIsEnabled(Capability)) {
         if (m_was) {
-            glDisable(GL_DEPTH_TEST);
+            glDisable(Capability);
         }
     }
-    ~DepthTestOff() {
+    ~CapabilityOff() {
         if (m_was) {
-            glEnable(GL_DEPTH_TEST);
+            glEnable(Capability);
         }
     }
-    DepthTestOff(const DepthTestOff&) = delete;
-    DepthTestOff& operator=(const DepthTestOff&) = delete;
+    CapabilityOff(const CapabilityOff&) = delete;
+    CapabilityOff& operator=(const CapabilityOff&) = delete;
 
 private:
     GLboolean m_was;
 };
+using DepthTestOff = CapabilityOff<GL_DEPTH_TEST>;
+using NoTexturing = CapabilityOff<GL_TEXTURE_2D>;
 
 // The blending of the caller, put back at the end of the scope.
 class SavedBlending {
@@ -180,11 +193,7 @@ public:
     ~SavedBlending() {
         glBlendFuncSeparate(static_cast<GLenum>(m_srcRGB), static_cast<GLenum>(m_dstRGB),
                             static_cast<GLenum>(m_srcAlpha), static_cast<GLenum>(m_dstAlpha));
-        if (m_enabled) {
-            glEnable(GL_BLEND);
-        } else {
-            glDisable(GL_BLEND);
-        }
+        SetCapability(GL_BLEND, m_enabled);
     }
     SavedBlending(const SavedBlending&) = delete;
     SavedBlending& operator=(const SavedBlending&) = delete;
@@ -206,11 +215,7 @@ public:
     }
     ~SavedAlphaTest() {
         glAlphaFunc(static_cast<GLenum>(m_func), m_ref);
-        if (m_enabled) {
-            glEnable(GL_ALPHA_TEST);
-        } else {
-            glDisable(GL_ALPHA_TEST);
-        }
+        SetCapability(GL_ALPHA_TEST, m_enabled);
     }
     SavedAlphaTest(const SavedAlphaTest&) = delete;
     SavedAlphaTest& operator=(const SavedAlphaTest&) = delete;
@@ -251,26 +256,6 @@ public:
     }
     Texturing(const Texturing&) = delete;
     Texturing& operator=(const Texturing&) = delete;
-
-private:
-    GLboolean m_was;
-};
-
-// Texturing off for one plain draw of the fixed pipeline.
-class NoTexturing {
-public:
-    NoTexturing() : m_was(glIsEnabled(GL_TEXTURE_2D)) {
-        if (m_was) {
-            glDisable(GL_TEXTURE_2D);
-        }
-    }
-    ~NoTexturing() {
-        if (m_was) {
-            glEnable(GL_TEXTURE_2D);
-        }
-    }
-    NoTexturing(const NoTexturing&) = delete;
-    NoTexturing& operator=(const NoTexturing&) = delete;
 
 private:
     GLboolean m_was;
@@ -429,10 +414,8 @@ void GLPainter::EndFrame() {
 }
 
 void GLPainter::PushTransform(const math::Mat3& t) {
-    const GLfloat m[16] = {t.m[0], t.m[3], 0, 0, t.m[1], t.m[4], 0, 0,
-                           0,      0,      1, 0, t.m[2], t.m[5], 0, 1};
     glPushMatrix();
-    glMultMatrixf(m);
+    rendering::MultMatrix(t);
 }
 
 void GLPainter::PopTransform() {

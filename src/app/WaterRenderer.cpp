@@ -7,6 +7,7 @@
 
 #include "app/Painter.h"
 #include "app/entities/GeomEntity.h"
+#include "gui/Primitives.h"
 #include "logging/Log.h"
 #include "math/MathUtil.h"
 #include "physics/Particle.h"
@@ -192,16 +193,7 @@ void WaterRenderer::DrawField(math::Vec2 screen, math::Vec2 viewport, const Wate
     const float t = field.y / kFieldSize;
     const auto drawQuad = [&] {
         m_field->Bind();
-        glBegin(GL_QUADS);
-        glTexCoord2f(0, t);
-        glVertex2f(0, 0);
-        glTexCoord2f(0, 0);
-        glVertex2f(0, screen.y);
-        glTexCoord2f(s, 0);
-        glVertex2f(screen.x, screen.y);
-        glTexCoord2f(s, t);
-        glVertex2f(screen.x, 0);
-        glEnd();
+        gui::DrawTexturedRect(0, 0, screen.x, screen.y, s, t);
         rendering::Texture::Unbind();
     };
     if (useShader) {

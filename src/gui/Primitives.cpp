@@ -43,14 +43,14 @@ void FrameRect(float x, float y, float width, float height, float lineWidth,
     FillRect(x + width - line, y + line, line, height - 2 * line, color);
 }
 
-void DrawTexturedRect(float x, float y, float width, float height) {
+void DrawTexturedRect(float x, float y, float width, float height, float s, float t) {
     glEnable(GL_TEXTURE_2D);
     glBegin(GL_QUADS);
-    glTexCoord2f(0, 1);
+    glTexCoord2f(0, t);
     glVertex2f(x, y);
-    glTexCoord2f(1, 1);
+    glTexCoord2f(s, t);
     glVertex2f(x + width, y);
-    glTexCoord2f(1, 0);
+    glTexCoord2f(s, 0);
     glVertex2f(x + width, y + height);
     glTexCoord2f(0, 0);
     glVertex2f(x, y + height);

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <limits>
 
+#include "math/Matrix3.h"
 #include "math/Real.h"
 #include "math/Vector2.h"
 
@@ -51,6 +52,14 @@ inline bool IsFinite(float x) {
 }
 inline bool IsFinite(const Vec2& v) {
     return IsFinite(v.x) && IsFinite(v.y);
+}
+inline bool IsFinite(const Mat3& m) {
+    for (float x : m.m) {
+        if (!IsFinite(x)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 // The two points farthest apart, the lower index first: of the pairs at the greatest squared
