@@ -245,7 +245,7 @@ void App::DrawFade(math::Vec2 viewport) {
     glRotatef(m_model.fadeRotate->Get(), 0, 0, 1);
     glScalef(scale.x, scale.y, 1);
     glTranslatef(-size.x / 2, -size.y / 2, 0);
-    gui::DrawTexturedRect(0, 0, size.x, size.y, s, t);
+    gui::DrawTexturedRect(0, 0, size.x, size.y, math::Vec2(0, 0), math::Vec2(s, t));
     rendering::Texture::Unbind();
     glPopMatrix();
 }

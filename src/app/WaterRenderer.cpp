@@ -64,6 +64,7 @@ void WaterRenderer::BuildSprites(const physics::ParticleList& particles,
                                  const math::BoundingBox2f& view, float side, float margin,
                                  bool stretch, const WaterLook& look) {
     m_vertices.clear();
+    m_spriteBox = math::BoundingBox2f();
     const math::BoundingBox2f area = view.Expanded(margin);
     const float h = side / 2;
     static constexpr float kCorners[4][2] = {{-1, -1}, {1, -1}, {1, 1}, {-1, 1}};
@@ -88,6 +89,7 @@ void WaterRenderer::BuildSprites(const physics::ParticleList& particles,
         }
         for (const auto& corner : kCorners) {
             const math::Vec2 q = p + along * corner[0] + across * corner[1];
+            m_spriteBox.Add(q);
             m_vertices.insert(m_vertices.end(),
                               {q.x, q.y, (corner[0] + 1) / 2, (corner[1] + 1) / 2});
         }
@@ -177,23 +179,46 @@ void WaterRenderer::Composite(const math::Mat3& camera, const math::BoundingBox2
     if (look.simple) {
         DrawSimple(camera, view, particles, radius, look);
     } else if (m_field) {
-        DrawField(screen, viewport, look);
+        DrawField(camera, screen, viewport, look);
     }
 }
 
-void WaterRenderer::DrawField(math::Vec2 screen, math::Vec2 viewport, const WaterLook& look) {
+void WaterRenderer::DrawField(const math::Mat3& camera, math::Vec2 screen, math::Vec2 viewport,
+                              const WaterLook& look) {
     rendering::Renderer& renderer = rendering::Renderer::Get();
     if (!m_shader) {
         m_shader = rendering::ShaderManager::Get().Load("water");
     }
     const bool useShader = rendering::GraphicsContext::GetShadersEnabled() &&
                            rendering::ShaderManager::IsUsable(m_shader);
+    // Only the part of the window where sprites were summed can hold water.
+    if (m_spriteBox.IsEmpty()) {
+        return;
+    }
+    math::BoundingBox2f area;
+    area.Add(camera.TransformPoint(m_spriteBox.min));
+    area.Add(camera.TransformPoint(m_spriteBox.max));
+    area.Add(camera.TransformPoint(math::Vec2(m_spriteBox.min.x, m_spriteBox.max.y)));
+    area.Add(camera.TransformPoint(math::Vec2(m_spriteBox.max.x, m_spriteBox.min.y)));
+    area.min =
+        math::Vec2(std::max(std::floor(area.min.x), 0.0f), std::max(std::floor(area.min.y), 0.0f));
+    area.max = math::Vec2(std::min(std::ceil(area.max.x), screen.x),
+                          std::min(std::ceil(area.max.y), screen.y));
+    if (area.IsEmpty()) {
+        return;
+    }
     const math::Vec2 field = FieldSize(viewport);
-    const float s = field.x / kFieldSize;
-    const float t = field.y / kFieldSize;
+    // Window units to the field's texture coordinates; the frame's rows run upward.
+    const auto fieldAt = [&](float x, float y) {
+        return math::Vec2(x / screen.x * field.x, (1 - y / screen.y) * field.y) *
+               (1.0f / kFieldSize);
+    };
+    const math::Vec2 lowerLeft = fieldAt(area.min.x, area.max.y);
+    const math::Vec2 upperRight = fieldAt(area.max.x, area.min.y);
+    const math::Vec2 size = area.Size();
     const auto drawQuad = [&] {
         m_field->Bind();
-        gui::DrawTexturedRect(0, 0, screen.x, screen.y, s, t);
+        gui::DrawTexturedRect(area.min.x, area.min.y, size.x, size.y, lowerLeft, upperRight);
         rendering::Texture::Unbind();
     };
     if (useShader) {
@@ -239,8 +264,7 @@ void WaterRenderer::DrawField(math::Vec2 screen, math::Vec2 viewport, const Wate
         glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
         glDisable(GL_TEXTURE_2D);
         renderer.SetColor(look.color);
-        glRecti(0, 0, static_cast<GLint>(std::ceil(screen.x)),
-                static_cast<GLint>(std::ceil(screen.y)));
+        glRectf(area.min.x, area.min.y, area.max.x, area.max.y);
     } else {
         drawQuad();
     }

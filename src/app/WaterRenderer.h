@@ -78,7 +78,8 @@ private:
                       float side, float margin, bool stretch, const WaterLook& look);
     // The built quads in one call.
     void DrawSprites() const;
-    void DrawField(math::Vec2 screen, math::Vec2 viewport, const WaterLook& look);
+    void DrawField(const math::Mat3& camera, math::Vec2 screen, math::Vec2 viewport,
+                   const WaterLook& look);
     // The field's size in pixels for a viewport.
     static math::Vec2 FieldSize(math::Vec2 viewport);
     // The frame buffer has a stencil, for see-through water without constant-alpha
@@ -93,6 +94,8 @@ private:
     rendering::ShaderHandle m_shader;
     // Interleaved x, y, s, t of every corner, kept between frames.
     std::vector<float> m_vertices;
+    // The world box of the latest sprites.
+    math::BoundingBox2f m_spriteBox;
 };
 
 }  // namespace app

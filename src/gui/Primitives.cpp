@@ -43,16 +43,17 @@ void FrameRect(float x, float y, float width, float height, float lineWidth,
     FillRect(x + width - line, y + line, line, height - 2 * line, color);
 }
 
-void DrawTexturedRect(float x, float y, float width, float height, float s, float t) {
+void DrawTexturedRect(float x, float y, float width, float height, math::Vec2 texMin,
+                      math::Vec2 texMax) {
     glEnable(GL_TEXTURE_2D);
     glBegin(GL_QUADS);
-    glTexCoord2f(0, t);
+    glTexCoord2f(texMin.x, texMax.y);
     glVertex2f(x, y);
-    glTexCoord2f(s, t);
+    glTexCoord2f(texMax.x, texMax.y);
     glVertex2f(x + width, y);
-    glTexCoord2f(s, 0);
+    glTexCoord2f(texMax.x, texMin.y);
     glVertex2f(x + width, y + height);
-    glTexCoord2f(0, 0);
+    glTexCoord2f(texMin.x, texMin.y);
     glVertex2f(x, y + height);
     glEnd();
 }

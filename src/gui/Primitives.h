@@ -12,9 +12,11 @@ void FillRect(float x, float y, float width, float height, const math::Colour& c
 // A frame whose line lies inside the rectangle.
 void FrameRect(float x, float y, float width, float height, float lineWidth,
                const math::Colour& color);
-// A textured quad; the picture's top row lands at y. The texture coordinates run to s and
-// t: less than 1 shows the lower left part of a texture, such as a copy of the frame.
-void DrawTexturedRect(float x, float y, float width, float height, float s = 1, float t = 1);
+// A textured quad; the picture's top row lands at y. The texture coordinates run from
+// texMin at the lower left to texMax at the upper right: a part of a texture, such as the
+// part a copy of the frame filled.
+void DrawTexturedRect(float x, float y, float width, float height,
+                      math::Vec2 texMin = math::Vec2(0, 0), math::Vec2 texMax = math::Vec2(1, 1));
 
 // Multiplies a colour into the renderer's colour for as long as the guard lives.
 class ColorScope {
