@@ -36,9 +36,8 @@ math::Mat3 Camera::GetInverted() const {
 }
 
 math::Vec2 Camera::GUIToWorld(const math::Vec2& window) const {
-    const math::Vec2 world = GetInverted().TransformPoint(window);
-    CODE_ASSERT(math::IsFinite(world));
-    return world;
+    // A view beyond the float range gives no finite point; callers cope with that.
+    return GetInverted().TransformPoint(window);
 }
 
 math::Vec2 Camera::GUIToWorldDelta(const math::Vec2& window) const {
