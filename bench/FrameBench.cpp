@@ -5,7 +5,8 @@
 // that the figures are the drawing's: the welcome scene, 2,000 entities (boxes, circles,
 // polygons and hinges) and 10,000 water particles, each fitted into the window. For each
 // it prints the frames a second and the profiler's split of the frame by stage. Then the
-// idle frame's profile, then the benchmarks.
+// idle frame's profile, then the benchmarks. --scenes=TEXT draws only the scenes whose
+// names contain TEXT.
 
 #include <SDL.h>
 #include <benchmark/benchmark.h>
@@ -203,16 +204,22 @@ void ProfileScene(const char* name, const std::function<void()>& build) {
     core::ResourceManager::Get().shaders->SetNative(true);
 }
 
-void ProfileScenes() {
-    ProfileScene("Welcome scene", [] {
+// Only the scenes whose names contain the filter are drawn; an empty filter draws all.
+void ProfileScenes(const util::String& filter) {
+    const auto profile = [&filter](const char* name, const std::function<void()>& build) {
+        if (filter.empty() || util::String(name).find(filter) != util::String::npos) {
+            ProfileScene(name, build);
+        }
+    };
+    profile("Welcome scene", [] {
         app::App::Get().GetAppGUI()->LoadScene("welcome", true);
         FitSceneIntoWindow();
     });
-    ProfileScene("2,000 entities", [] {
+    profile("2,000 entities", [] {
         bench::BuildScene({2000, 500, 500, 500, 0});
         FitSceneIntoWindow();
     });
-    ProfileScene("10,000 water particles", [] {
+    profile("10,000 water particles", [] {
         bench::BuildScene({0, 0, 0, 0, 10000});
         FitSceneIntoWindow();
     });
@@ -238,8 +245,18 @@ void PrintFrameProfile() {
 int main(int argc, char** argv) {
     util::FileSystem::Get().SetArgv0(argc > 0 ? argv[0] : "");
     benchmark::Initialize(&argc, argv);
-    ProfileScenes();
-    PrintFrameProfile();
+    // --scenes=TEXT draws only the scenes whose names contain TEXT, and skips the idle frame.
+    util::String filter;
+    for (int i = 1; i < argc; ++i) {
+        const util::String arg(argv[i]);
+        if (arg.rfind("--scenes=", 0) == 0) {
+            filter = arg.substr(9);
+        }
+    }
+    ProfileScenes(filter);
+    if (filter.empty()) {
+        PrintFrameProfile();
+    }
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     app::App::Release();

@@ -266,16 +266,16 @@ void App::DrawEntities() {
     UpdateMouseOver();
     rendering::Renderer& renderer = rendering::Renderer::Get();
     const math::Colour savedColor = renderer.GetColor();
-    glPushMatrix();
     const float dz = m_visible.empty() ? 0.0f : 0.9f / static_cast<float>(m_visible.size());
-    glTranslatef(0, 0, dz);
     glEnable(GL_DEPTH_TEST);
     glDepthFunc(GL_LESS);
     const GroupPtr& selection = Scene::Get().GetSelection();
     const math::Mat3 identity = math::Mat3::Identity();
+    m_painter->BeginBatching();
+    int index = 0;
     for (const EntityPtr& entity : m_visible) {
         entity->selected = selection->Contains(entity);
-        VORRA_PROFILE("Entity::Draw");
+        m_painter->SetDepth(dz * static_cast<float>(++index));
         if (entity->previewTransform != identity) {
             m_painter->PushTransform(entity->previewTransform);
             entity->Draw(*m_painter);
@@ -283,10 +283,9 @@ void App::DrawEntities() {
         } else {
             entity->Draw(*m_painter);
         }
-        glTranslatef(0, 0, dz);
     }
+    m_painter->EndBatching();
     glDisable(GL_DEPTH_TEST);
-    glPopMatrix();
     renderer.SetColor(savedColor);
 }
 

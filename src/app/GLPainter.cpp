@@ -51,18 +51,17 @@ struct UnitCircle {
 };
 const UnitCircle kUnitCircle;
 
-// The uniforms every shape program has, then each program's own.
+// The uniforms of the polygon and plane programs, the ones they share first.
 enum ShapeUniform { kInsideColor, kBorderColor, kBorderWidth, kPixelSize, kFirstOwn };
-enum BoxUniform { kHalfSize = kFirstOwn };
-enum CircleUniform { kRadius = kFirstOwn, kSquareScaleUniform, kCakeColor, kCakeSizeUniform };
 enum PolygonUniform { kDistSampler = kFirstOwn, kDistScale };
 enum PlaneUniform { kNormal = kFirstOwn, kOffset };
 enum LineUniform { kLineColor, kLineWidth, kLinePixelSize };
+// The box and circle programs draw batches: what differs from shape to shape comes with the
+// vertices, the rest as uniforms.
+enum BatchUniform { kBatchPixelSize, kBatchCakeSize };
 
-const char* const kBoxUniforms[] = {"InsideColor", "BorderColor", "BorderWidth", "PixelSize",
-                                    "HalfSize"};
-const char* const kCircleUniforms[] = {"InsideColor", "BorderColor", "BorderWidth",    "PixelSize",
-                                       "Radius",      "SquareScale", "CakeSlizeColor", "CakeSize"};
+const char* const kBoxUniforms[] = {"PixelSize"};
+const char* const kCircleUniforms[] = {"PixelSize", "CakeSize"};
 const char* const kPolygonUniforms[] = {"InsideColor", "BorderColor", "BorderWidth",
                                         "PixelSize",   "DistSampler", "DistScale"};
 const char* const kPlaneUniforms[] = {"InsideColor", "BorderColor", "BorderWidth",
@@ -265,29 +264,6 @@ void Vertex(const Vec2& p) {
     glVertex2f(p.x, p.y);
 }
 
-// A quad of the texture, from (-h, -h) to (h, h).
-void TexturedSquare(float h) {
-    glBegin(GL_QUADS);
-    glTexCoord2f(0, 0);
-    glVertex2f(-h, -h);
-    glTexCoord2f(1, 0);
-    glVertex2f(h, -h);
-    glTexCoord2f(1, 1);
-    glVertex2f(h, h);
-    glTexCoord2f(0, 1);
-    glVertex2f(-h, h);
-    glEnd();
-}
-
-void Rectangle(const Vec2& h) {
-    glBegin(GL_QUADS);
-    glVertex2f(-h.x, -h.y);
-    glVertex2f(h.x, -h.y);
-    glVertex2f(h.x, h.y);
-    glVertex2f(-h.x, h.y);
-    glEnd();
-}
-
 void TexturedQuad(const Vec2* corners, const Vec2* texCoords) {
     glBegin(GL_QUADS);
     for (int i = 0; i < 4; ++i) {
@@ -362,7 +338,40 @@ struct GLPainter::Program : public util::Pointee {
     }
 };
 
-GLPainter::GLPainter() {
+// A vertex of the box and circle programs: where it lies, where in the shape's frame, the
+// shape's own numbers, and its colours.
+struct GLPainter::ShapeVertex {
+    float position[3];
+    float local[2];
+    float params[4];
+    float fill[4];
+    float border[4];
+};
+
+// A vertex of the fixed pipeline's batches.
+struct GLPainter::PlainVertex {
+    float position[3];
+    float texCoord[2];
+    float color[4];
+};
+
+struct GLPainter::Batch {
+    std::vector<ShapeVertex> shapes;
+    std::vector<PlainVertex> plain;
+    // The disc slot's fills, drawn after all its borders.
+    std::vector<PlainVertex> second;
+    // A sprite slot's texture.
+    const rendering::Texture* texture = nullptr;
+
+    bool IsEmpty() const { return shapes.empty() && plain.empty() && second.empty(); }
+    void Clear() {
+        shapes.clear();
+        plain.clear();
+        second.clear();
+    }
+};
+
+GLPainter::GLPainter() : m_batches(kSlotCount) {
     rendering::ShaderManager& shaders = rendering::ShaderManager::Get();
     for (int i = 0; i < kProgramCount; ++i) {
         util::SharedPtr<Program> program(new Program);
@@ -380,7 +389,7 @@ GLPainter::GLPainter() {
 
 GLPainter::~GLPainter() {
     if (m_bound && rendering::GraphicsContext::IsLoaded()) {
-        ReleaseProgram();
+        UnbindProgram();
     }
 }
 
@@ -410,31 +419,312 @@ void GLPainter::BeginFrame(float pixelSize, float inchInWorld, float borderWidth
 }
 
 void GLPainter::EndFrame() {
-    ReleaseProgram();
+    EndBatching();
+    UnbindProgram();
 }
 
 void GLPainter::PushTransform(const math::Mat3& t) {
+    if (m_batching) {
+        m_transforms.push_back(m_transform);
+        m_transform = m_transform * t;
+        m_loaded = Loaded::kNone;
+        return;
+    }
     glPushMatrix();
     rendering::MultMatrix(t);
 }
 
 void GLPainter::PopTransform() {
+    if (m_batching) {
+        if (!m_transforms.empty()) {
+            m_transform = m_transforms.back();
+            m_transforms.pop_back();
+            m_loaded = Loaded::kNone;
+        }
+        return;
+    }
     glPopMatrix();
 }
 
-bool GLPainter::UseProgram(ProgramId id) {
+// Batches
+
+void GLPainter::BeginBatching() {
+    ReleaseProgram();
+    m_batching = true;
+    m_depth = 0;
+    m_transform = math::Mat3::Identity();
+    m_transforms.clear();
+    glGetFloatv(GL_MODELVIEW_MATRIX, m_base);
+    m_loaded = Loaded::kBase;
+    GLfloat lineWidth = 1;
+    glGetFloatv(GL_LINE_WIDTH, &lineWidth);
+    m_lineMargin = lineWidth * m_pixelSize;
+    // Cells of about 32 pixels: a shape at a usual zoom touches a few.
+    m_order.Reset(32 * m_pixelSize);
+}
+
+void GLPainter::SetDepth(float z) {
+    if (m_batching && z != m_depth) {
+        m_depth = z;
+        m_loaded = m_loaded == Loaded::kPiece ? Loaded::kNone : m_loaded;
+    }
+}
+
+void GLPainter::EndBatching() {
+    if (!m_batching) {
+        return;
+    }
+    m_order.FlushAll([this](int slot) { Flush(slot); });
+    glLoadMatrixf(m_base);
+    m_batching = false;
+    m_depth = 0;
+    m_transform = math::Mat3::Identity();
+    m_transforms.clear();
+}
+
+GLPainter::Batch& GLPainter::Open(Slot slot, const math::BoundingBox2f& box) {
+    if (m_batching) {
+        m_order.Add(slot, box, slot == kDiscSlot, [this](int s) { Flush(s); });
+    }
+    return m_batches[slot];
+}
+
+void GLPainter::Close(Slot slot) {
+    if (!m_batching) {
+        Flush(slot);
+    }
+}
+
+void GLPainter::Immediate(const math::BoundingBox2f& box) {
+    if (!m_batching) {
+        return;
+    }
+    m_order.Before(box, [this](int s) { Flush(s); });
+    if (m_loaded != Loaded::kPiece) {
+        glLoadMatrixf(m_base);
+        glTranslatef(0, 0, m_depth);
+        rendering::MultMatrix(m_transform);
+        m_loaded = Loaded::kPiece;
+    }
+}
+
+void GLPainter::ImmediateEverywhere() {
+    Immediate(math::BoundingBox2f(Vec2(-math::Infinity(), -math::Infinity()),
+                                  Vec2(math::Infinity(), math::Infinity())));
+}
+
+math::BoundingBox2f GLPainter::PlacedBox(const Vec2* points, size_t count) const {
+    math::BoundingBox2f box;
+    if (!m_batching) {
+        return box;
+    }
+    for (size_t i = 0; i < count; ++i) {
+        box.Add(Place(points[i]));
+    }
+    // A pixel is drawn when its centre lies in the piece, so pieces whose boxes are apart
+    // share none; the margin covers the rounding of the placement.
+    return box.Expanded(0.25f * m_pixelSize);
+}
+
+GLPainter::Slot GLPainter::SpriteSlot(const rendering::Texture* texture) {
+    for (int slot = kFirstSpriteSlot; slot < kSlotCount; ++slot) {
+        if (m_batches[slot].texture == texture && !m_batches[slot].IsEmpty()) {
+            return static_cast<Slot>(slot);
+        }
+    }
+    for (int slot = kFirstSpriteSlot; slot < kSlotCount; ++slot) {
+        if (m_batches[slot].IsEmpty()) {
+            return static_cast<Slot>(slot);
+        }
+    }
+    // More textures than slots in one pass: the first slot is drawn and taken over.
+    m_order.FlushSlot(kFirstSpriteSlot, [this](int s) { Flush(s); });
+    return kFirstSpriteSlot;
+}
+
+void GLPainter::AddShapeQuad(Slot slot, const Vec2& half, const Vec4& params,
+                             const ShapeStyle& style) {
+    const Vec2 corners[4] = {-half, Vec2(half.x, -half.y), half, Vec2(-half.x, half.y)};
+    Batch& batch = Open(slot, PlacedBox(corners, 4));
+    for (const Vec2& corner : corners) {
+        const Vec2 p = Place(corner);
+        batch.shapes.push_back({{p.x, p.y, m_depth},
+                                {corner.x, corner.y},
+                                {params.x, params.y, params.z, params.w},
+                                {style.fill.x, style.fill.y, style.fill.z, style.fill.w},
+                                {style.border.x, style.border.y, style.border.z, style.border.w}});
+    }
+    Close(slot);
+}
+
+void GLPainter::AddPlain(std::vector<PlainVertex>& out, const Vec2& p, const Vec4& color,
+                         const Vec2& texCoord) {
+    const Vec2 placed = Place(p);
+    out.push_back({{placed.x, placed.y, m_depth},
+                   {texCoord.x, texCoord.y},
+                   {color.x, color.y, color.z, color.w}});
+}
+
+void GLPainter::AddPlainQuad(std::vector<PlainVertex>& out, const Vec2* corners,
+                             const Vec4& color) {
+    for (const int i : {0, 1, 2, 0, 2, 3}) {
+        AddPlain(out, corners[i], color);
+    }
+}
+
+void GLPainter::AddTexturedQuad(std::vector<PlainVertex>& out, const Vec2* corners,
+                                const Vec2* texCoords, const Vec4& color) {
+    for (int i = 0; i < 4; ++i) {
+        AddPlain(out, corners[i], color, texCoords[i]);
+    }
+}
+
+void GLPainter::AddFan(std::vector<PlainVertex>& out, const Vec2& centre, const Vec2* rim,
+                       int count, const Vec4& color) {
+    for (int i = 0; i + 1 < count; ++i) {
+        AddPlain(out, centre, color);
+        AddPlain(out, rim[i], color);
+        AddPlain(out, rim[i + 1], color);
+    }
+}
+
+namespace {
+
+// Draws fixed-pipeline vertices with their colours, and their texture coordinates if
+// textured.
+template <class Vertex>
+void DrawArrays(const std::vector<Vertex>& vertices, GLenum mode, bool textured) {
+    if (vertices.empty()) {
+        return;
+    }
+    const GLsizei stride = sizeof(Vertex);
+    glEnableClientState(GL_VERTEX_ARRAY);
+    glVertexPointer(3, GL_FLOAT, stride, vertices[0].position);
+    glEnableClientState(GL_COLOR_ARRAY);
+    glColorPointer(4, GL_FLOAT, stride, vertices[0].color);
+    if (textured) {
+        glClientActiveTexture(GL_TEXTURE0);
+        glEnableClientState(GL_TEXTURE_COORD_ARRAY);
+        glTexCoordPointer(2, GL_FLOAT, stride, vertices[0].texCoord);
+    }
+    glDrawArrays(mode, 0, static_cast<GLsizei>(vertices.size()));
+    if (textured) {
+        glDisableClientState(GL_TEXTURE_COORD_ARRAY);
+    }
+    glDisableClientState(GL_COLOR_ARRAY);
+    glDisableClientState(GL_VERTEX_ARRAY);
+    // The colour array leaves the current colour undefined.
+    rendering::Renderer::Get().ForgetState();
+}
+
+// One of the shape programs' attributes on a texture unit's coordinates.
+void TexCoordArray(GLenum unit, GLint size, GLsizei stride, const float* data) {
+    glClientActiveTexture(unit);
+    glEnableClientState(GL_TEXTURE_COORD_ARRAY);
+    glTexCoordPointer(size, GL_FLOAT, stride, data);
+}
+
+void NoTexCoordArray(GLenum unit) {
+    glClientActiveTexture(unit);
+    glDisableClientState(GL_TEXTURE_COORD_ARRAY);
+}
+
+}  // namespace
+
+void GLPainter::DrawShapes(Batch& batch, ProgramId id) {
+    if (batch.shapes.empty() || !UseProgram(id)) {
+        return;
+    }
+    SetUniform(*m_programs[id], kBatchPixelSize, m_pixelSize);
+    const std::vector<ShapeVertex>& v = batch.shapes;
+    const GLsizei stride = sizeof(ShapeVertex);
+    glEnableClientState(GL_VERTEX_ARRAY);
+    glVertexPointer(3, GL_FLOAT, stride, v[0].position);
+    glEnableClientState(GL_COLOR_ARRAY);
+    glColorPointer(4, GL_FLOAT, stride, v[0].fill);
+    TexCoordArray(GL_TEXTURE0, 2, stride, v[0].local);
+    TexCoordArray(GL_TEXTURE1, 4, stride, v[0].params);
+    TexCoordArray(GL_TEXTURE2, 4, stride, v[0].border);
+    glDrawArrays(GL_QUADS, 0, static_cast<GLsizei>(v.size()));
+    NoTexCoordArray(GL_TEXTURE2);
+    NoTexCoordArray(GL_TEXTURE1);
+    NoTexCoordArray(GL_TEXTURE0);
+    glDisableClientState(GL_COLOR_ARRAY);
+    glDisableClientState(GL_VERTEX_ARRAY);
+    rendering::Renderer::Get().ForgetState();
+}
+
+void GLPainter::Flush(int slot) {
+    Batch& batch = m_batches[static_cast<size_t>(slot)];
+    if (batch.IsEmpty()) {
+        return;
+    }
+    if (m_batching && m_loaded != Loaded::kBase) {
+        // The pieces were placed in the pass's frame.
+        glLoadMatrixf(m_base);
+        m_loaded = Loaded::kBase;
+    }
+    switch (slot) {
+        case kBoxSlot:
+            DrawShapes(batch, kBoxProgram);
+            break;
+        case kCircleSlot:
+            DrawShapes(batch, kCircleProgram);
+            break;
+        case kPlainSlot: {
+            UseFixed();
+            const NoTexturing plain;
+            DrawArrays(batch.plain, GL_TRIANGLES, false);
+            break;
+        }
+        case kLineSlot: {
+            UseFixed();
+            const DepthTestOff depthOff;
+            const NoTexturing plain;
+            DrawArrays(batch.plain, GL_LINES, false);
+            break;
+        }
+        case kDiscSlot: {
+            UseFixed();
+            const DepthTestOff depthOff;
+            const Texturing textured;
+            m_disc->Bind();
+            DrawArrays(batch.plain, GL_QUADS, true);
+            m_slicedDisc->Bind();
+            DrawArrays(batch.second, GL_QUADS, true);
+            break;
+        }
+        default: {
+            // Pictures lie over whatever is below them.
+            UseFixed();
+            const DepthTestOff depthOff;
+            const Texturing textured;
+            batch.texture->Bind();
+            DrawArrays(batch.plain, GL_QUADS, true);
+            break;
+        }
+    }
+    batch.Clear();
+}
+
+bool GLPainter::CanUseProgram(ProgramId id) const {
     if (!rendering::GraphicsContext::GetShadersEnabled()) {
+        return false;
+    }
+    const rendering::ShaderPtr& shader = m_programs[id]->handle->Get();
+    return shader && shader->GetHandle() != 0;
+}
+
+bool GLPainter::UseProgram(ProgramId id) {
+    if (!CanUseProgram(id)) {
         return false;
     }
     Program& program = *m_programs[id];
     const rendering::ShaderPtr& shader = program.handle->Get();
-    if (!shader || shader->GetHandle() == 0) {
-        return false;
-    }
     if (m_current == id && m_bound == shader) {
         return true;
     }
-    ReleaseProgram();
+    UnbindProgram();
     shader->Bind();
     m_bound = shader;
     m_current = id;
@@ -447,8 +737,7 @@ bool GLPainter::UseProgram(ProgramId id) {
     }
     // Uniforms that never change; set here, they stay with the program.
     if (id == kCircleProgram) {
-        SetUniform(program, kSquareScaleUniform, kSquareScale);
-        SetUniform(program, kCakeSizeUniform, kCakeSize);
+        SetUniform(program, kBatchCakeSize, kCakeSize);
     } else if (id == kPolygonProgram && !program.known[kDistSampler]) {
         rendering::Uniform::SetUniform(program.locations[kDistSampler], 0);
         program.known[kDistSampler] = true;
@@ -457,12 +746,17 @@ bool GLPainter::UseProgram(ProgramId id) {
 }
 
 void GLPainter::UseFixed() {
-    if (m_bound) {
-        ReleaseProgram();
-    }
+    UnbindProgram();
 }
 
 void GLPainter::ReleaseProgram() {
+    if (m_batching) {
+        m_order.FlushAll([this](int slot) { Flush(slot); });
+    }
+    UnbindProgram();
+}
+
+void GLPainter::UnbindProgram() {
     if (m_bound) {
         m_bound->Unbind();
         m_bound.Reset();
@@ -514,68 +808,51 @@ void GLPainter::SetColor(const Vec4& color) {
 
 void GLPainter::Box(Vec2 halfSize, const ShapeStyle& style) {
     const float border = std::max(style.borderWidth, 0.0f);
-    if (!style.silhouette && UseProgram(kBoxProgram)) {
-        Program& program = *m_programs[kBoxProgram];
-        SetShapeUniforms(program, style, border, m_pixelSize);
-        SetUniform(program, kHalfSize, halfSize);
-        // The program grows the unit quad to the box and a pixel around it.
-        Rectangle(Vec2(1, 1));
+    if (!style.silhouette && CanUseProgram(kBoxProgram)) {
+        // The quad reaches a pixel beyond the box for the soft edge.
+        const Vec2 half = halfSize + Vec2(m_pixelSize, m_pixelSize);
+        AddShapeQuad(kBoxSlot, half, Vec4(halfSize.x, halfSize.y, border, 0), style);
         return;
     }
-    UseFixed();
-    const NoTexturing plain;
-    if (style.silhouette || !(border > 0)) {
-        SetColor(style.fill);
-        Rectangle(halfSize);
-        return;
-    }
+    const Vec2 outer[4] = {-halfSize, Vec2(halfSize.x, -halfSize.y), halfSize,
+                           Vec2(-halfSize.x, halfSize.y)};
+    Batch& batch = Open(kPlainSlot, PlacedBox(outer, 4));
     const Vec2 inner = halfSize - Vec2(border, border);
-    if (!(inner.x > 0 && inner.y > 0)) {
-        SetColor(style.border);
-        Rectangle(halfSize);
+    if (style.silhouette || !(border > 0) || !(inner.x > 0 && inner.y > 0)) {
+        AddPlainQuad(batch.plain, outer,
+                     style.silhouette || !(border > 0) ? style.fill : style.border);
+        Close(kPlainSlot);
         return;
     }
-    SetColor(style.fill);
-    Rectangle(inner);
+    const Vec2 innerCorners[4] = {-inner, Vec2(inner.x, -inner.y), inner, Vec2(-inner.x, inner.y)};
+    AddPlainQuad(batch.plain, innerCorners, style.fill);
     // The border as a frame around the inside, sharing its corners: each pixel is drawn
     // once, so a see-through box blends once and the caller's depth test plays no part.
-    SetColor(style.border);
-    const Vec2 outerCorners[4] = {Vec2(-halfSize.x, -halfSize.y), Vec2(halfSize.x, -halfSize.y),
-                                  halfSize, Vec2(-halfSize.x, halfSize.y)};
-    const Vec2 innerCorners[4] = {Vec2(-inner.x, -inner.y), Vec2(inner.x, -inner.y), inner,
-                                  Vec2(-inner.x, inner.y)};
-    glBegin(GL_TRIANGLE_STRIP);
-    for (int i = 0; i <= 4; ++i) {
-        Vertex(outerCorners[i % 4]);
-        Vertex(innerCorners[i % 4]);
+    for (int i = 0; i < 4; ++i) {
+        const int j = (i + 1) % 4;
+        const Vec2 side[4] = {outer[i], outer[j], innerCorners[j], innerCorners[i]};
+        AddPlainQuad(batch.plain, side, style.border);
     }
-    glEnd();
+    Close(kPlainSlot);
 }
 
 void GLPainter::Circle(float radius, const ShapeStyle& style) {
     if (!(radius > 0)) {
         return;
     }
-    if (style.silhouette) {
-        UseFixed();
-        const NoTexturing plain;
-        SetColor(style.fill);
-        CircleFan(Vec2(0, 0), radius, 0, kCircleSteps, FanStride(radius));
-        return;
-    }
     const float border = std::max(style.borderWidth, 0.0f);
     const float inner = radius - border;
-    const bool large = m_pixelSize * kDiscTextureSide < 2 * radius;
-    const bool opaque = style.fill.w >= 1;
-    if ((large || !opaque) && UseProgram(kCircleProgram)) {
-        Program& program = *m_programs[kCircleProgram];
-        SetShapeUniforms(program, style, border, m_pixelSize);
-        SetUniform(program, kRadius, radius);
-        SetUniform(program, kCakeColor, style.border);
-        Rectangle(Vec2(1, 1));
+    if (style.silhouette) {
+        CircleFans(radius, 0, style);
         return;
     }
-    UseFixed();
+    const bool large = m_pixelSize * kDiscTextureSide < 2 * radius;
+    const bool opaque = style.fill.w >= 1;
+    if ((large || !opaque) && CanUseProgram(kCircleProgram)) {
+        AddShapeQuad(kCircleSlot, Vec2(radius, radius) * kSquareScale, Vec4(radius, border, 0, 0),
+                     style);
+        return;
+    }
     if (opaque && !large && EnsureDiscTextures()) {
         CircleTextures(radius, inner, style);
     } else {
@@ -586,48 +863,53 @@ void GLPainter::Circle(float radius, const ShapeStyle& style) {
 void GLPainter::CircleTextures(float radius, float inner, const ShapeStyle& style) {
     // The texture's disc reaches one texel short of its edge.
     constexpr float kToEdge = (kDiscTextureSide / 2.0f) / (kDiscTextureSide / 2.0f - 1);
-    const DepthTestOff depthOff;
-    const Texturing textured;
-    m_disc->Bind();
-    SetColor(style.border);
-    TexturedSquare(radius * kToEdge);
+    const float h = radius * kToEdge;
+    const Vec2 corners[4] = {Vec2(-h, -h), Vec2(h, -h), Vec2(h, h), Vec2(-h, h)};
+    const Vec2 texCoords[4] = {Vec2(0, 0), Vec2(1, 0), Vec2(1, 1), Vec2(0, 1)};
+    Batch& batch = Open(kDiscSlot, PlacedBox(corners, 4));
+    AddTexturedQuad(batch.plain, corners, texCoords, style.border);
     if (inner > 0) {
         // The fill leaves the slice out, and the border colour below shows through it.
-        m_slicedDisc->Bind();
-        SetColor(style.fill);
-        TexturedSquare(inner * kToEdge);
+        const float f = inner * kToEdge;
+        const Vec2 fill[4] = {Vec2(-f, -f), Vec2(f, -f), Vec2(f, f), Vec2(-f, f)};
+        AddTexturedQuad(batch.second, fill, texCoords, style.fill);
     }
+    Close(kDiscSlot);
 }
 
 void GLPainter::CircleFans(float radius, float inner, const ShapeStyle& style) {
-    const NoTexturing plain;
     const Vec2 centre(0, 0);
     const int stride = FanStride(radius);
+    const Vec2 bounds[2] = {Vec2(-radius, -radius), Vec2(radius, radius)};
+    Batch& batch = Open(kPlainSlot, PlacedBox(bounds, 2));
+    Vec2 rim[kCircleSteps + 1 + 2 * kSliceSteps];
+    const auto fan = [&](float r, int first, int last, const Vec4& color) {
+        int n = 0;
+        for (int i = first; i <= last; i += stride) {
+            rim[n++] = kUnitCircle.points[i % kCircleSteps] * r;
+        }
+        AddFan(batch.plain, centre, rim, n, color);
+    };
     if (!(inner > 0)) {
-        SetColor(style.border);
-        CircleFan(centre, radius, 0, kCircleSteps, stride);
+        // A silhouette, or all border.
+        fan(radius, 0, kCircleSteps, style.silhouette ? style.fill : style.border);
+        Close(kPlainSlot);
         return;
     }
-    SetColor(style.fill);
-    CircleFan(centre, inner, kSliceSteps, kCircleSteps - kSliceSteps, stride);
+    fan(inner, kSliceSteps, kCircleSteps - kSliceSteps, style.fill);
     // The slice in the border colour, with or without a border, as the program and the
     // disc textures show it.
-    SetColor(style.border);
-    glBegin(GL_TRIANGLE_FAN);
-    Vertex(centre);
-    for (int i = kCircleSteps - kSliceSteps; i <= kCircleSteps + kSliceSteps; i += stride) {
-        Vertex(kUnitCircle.points[i % kCircleSteps] * inner);
-    }
-    glEnd();
+    fan(inner, kCircleSteps - kSliceSteps, kCircleSteps + kSliceSteps, style.border);
     if (inner < radius) {
         // The ring shares the inside's outer points: nothing is drawn twice.
-        glBegin(GL_TRIANGLE_STRIP);
-        for (int i = 0; i <= kCircleSteps; i += stride) {
-            Vertex(kUnitCircle.points[i] * radius);
-            Vertex(kUnitCircle.points[i] * inner);
+        for (int i = 0; i < kCircleSteps; i += stride) {
+            const int j = std::min(i + stride, kCircleSteps);
+            const Vec2 quad[4] = {kUnitCircle.points[i] * radius, kUnitCircle.points[j] * radius,
+                                  kUnitCircle.points[j] * inner, kUnitCircle.points[i] * inner};
+            AddPlainQuad(batch.plain, quad, style.border);
         }
-        glEnd();
     }
+    Close(kPlainSlot);
 }
 
 int GLPainter::FanStride(float radius) const {
@@ -684,6 +966,7 @@ void GLPainter::Polygon(const physics::Polygon& polygon, float textureScale,
     if (built->empty || !built->texture || built->texture->GetName() == 0) {
         // Nothing to test against: the outline shows where the polygon is.
         const math::Vec2List& vertices = polygon.GetVertices();
+        Immediate(PlacedBox(vertices.data(), vertices.size()));
         UseFixed();
         const NoTexturing plain;
         SetColor(style.silhouette ? style.fill : style.border);
@@ -707,6 +990,7 @@ void GLPainter::Polygon(const physics::Polygon& polygon, float textureScale,
     for (int i = 0; i < 4; ++i) {
         texCoords[i] = built->localToTexture.TransformPoint(corners[i]);
     }
+    Immediate(PlacedBox(corners, 4));
     if (style.silhouette) {
         // Flat: the fixed pipeline's alpha test reads the texture's alpha, which is what it
         // writes too, below one half everywhere inside.
@@ -831,6 +1115,7 @@ void GLPainter::HalfPlane(Vec2 normal, float offset, const ShapeStyle& style) {
     }
     normal /= length;
     offset /= length;
+    ImmediateEverywhere();
     Vec2 view[4];
     if (!VisibleQuad(view)) {
         return;
@@ -892,16 +1177,15 @@ void GLPainter::Sprite(const char* name, Vec2 center, float side, float angle, c
     if (!texture) {
         return;
     }
-    UseFixed();
-    const DepthTestOff depthOff;
-    const Texturing textured;
-    texture->Bind();
-    SetColor(color);
     const Vec2 u = Vec2(std::cos(angle), std::sin(angle)) * (side / 2);
     const Vec2 v = math::Perpendicular(u);
     const Vec2 corners[4] = {center - u - v, center + u - v, center + u + v, center - u + v};
     const Vec2 texCoords[4] = {Vec2(0, 0), Vec2(1, 0), Vec2(1, 1), Vec2(0, 1)};
-    TexturedQuad(corners, texCoords);
+    const Slot slot = SpriteSlot(texture);
+    Batch& batch = Open(slot, PlacedBox(corners, 4));
+    batch.texture = texture;
+    AddTexturedQuad(batch.plain, corners, texCoords, color);
+    Close(slot);
 }
 
 void GLPainter::Strip(const char* name, const char* endName, Vec2 a, Vec2 b, float width,
@@ -911,6 +1195,7 @@ void GLPainter::Strip(const char* name, const char* endName, Vec2 a, Vec2 b, flo
     }
     const rendering::Texture* texture = FindTexture(name);
     const rendering::Texture* end = FindTexture(endName);
+    ImmediateEverywhere();
     UseFixed();
     const DepthTestOff depthOff;
     const Texturing textured;
@@ -940,18 +1225,16 @@ void GLPainter::Strip(const char* name, const char* endName, Vec2 a, Vec2 b, flo
 }
 
 void GLPainter::Line(Vec2 a, Vec2 b, const Vec4& color) {
-    UseFixed();
-    const DepthTestOff depthOff;
-    const NoTexturing plain;
-    SetColor(color);
-    glBegin(GL_LINES);
-    Vertex(a);
-    Vertex(b);
-    glEnd();
+    const Vec2 ends[2] = {a, b};
+    Batch& batch = Open(kLineSlot, PlacedBox(ends, 2).Expanded(m_lineMargin));
+    AddPlain(batch.plain, a, color);
+    AddPlain(batch.plain, b, color);
+    Close(kLineSlot);
 }
 
 void GLPainter::RoundedRect(Vec2 center, Vec2 halfSize, float angle, float radius,
                             const Vec4& color) {
+    ImmediateEverywhere();
     UseFixed();
     const DepthTestOff depthOff;
     const NoTexturing plain;
@@ -979,6 +1262,7 @@ void GLPainter::Trail(const TrailVertex* vertices, size_t count, float width, co
     if (!vertices || count < 2) {
         return;
     }
+    ImmediateEverywhere();
     const DepthTestOff depthOff;
     if (UseProgram(kLineProgram)) {
         // A pixel wider for the soft sides; s runs across, t is the life left.
@@ -1017,6 +1301,7 @@ void GLPainter::Points(const Vec2* points, size_t count, float size, const Vec4&
     if (!points || count == 0) {
         return;
     }
+    ImmediateEverywhere();
     UseFixed();
     const DepthTestOff depthOff;
     const NoTexturing plain;
@@ -1036,6 +1321,7 @@ void GLPainter::Outline(const Vec2* points, size_t count, const Vec4& color) {
     if (!points || count == 0) {
         return;
     }
+    ImmediateEverywhere();
     UseFixed();
     const DepthTestOff depthOff;
     const AdditiveBlending additive;
@@ -1052,6 +1338,7 @@ void GLPainter::Disc(Vec2 center, float radius, const Vec4& color) {
     if (!(radius > 0)) {
         return;
     }
+    ImmediateEverywhere();
     UseFixed();
     const DepthTestOff depthOff;
     const AdditiveBlending additive;

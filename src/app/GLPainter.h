@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "app/BatchOrder.h"
 #include "app/Painter.h"
 #include "math/BoundingBox2.h"
 #include "math/Vector4.h"
@@ -28,6 +29,15 @@ namespace app {
 // program switch per shape: whoever draws without the painter after a shape, and before
 // EndFrame, calls ReleaseProgram first. Every call leaves texture unit 0 with texturing on
 // or off as it found it and no texture bound.
+//
+// Boxes, circles, sprites and lines are drawn from vertex arrays of their kind. Outside a
+// batching pass each shape is drawn at once. Within one (BeginBatching to EndBatching) they
+// gather by program, texture and state and are drawn in a few calls, in an order that keeps
+// every two overlapping pieces as they came (BatchOrder): the picture is the same, but the
+// driver sees a handful of draws instead of one or more a shape. In the pass the painter
+// places the pieces itself: the model-view matrix at BeginBatching is their frame,
+// PushTransform and SetDepth move what follows, and the caller leaves the matrices alone
+// until EndBatching.
 class GLPainter final : public Painter {
 public:
     GLPainter();
@@ -49,6 +59,13 @@ public:
     void ReleaseProgram();
     // Leaves no program bound.
     void EndFrame();
+
+    // A pass of many pieces drawn in batches. Needs the graphics context; EndBatching draws
+    // what is held and puts the model-view matrix back as it was.
+    void BeginBatching();
+    // The z of the pieces that follow, in the frame of BeginBatching; 0 outside a pass.
+    void SetDepth(float z);
+    void EndBatching();
 
     float GetPixelSize() const override { return m_pixelSize; }
     float GetInchInWorld() const override { return m_inchInWorld; }
@@ -85,6 +102,21 @@ public:
     static constexpr int kCircleSteps = 128;
 
 private:
+    enum Slot {
+        kBoxSlot,
+        kCircleSlot,
+        // Untextured triangles in the caller's depth test.
+        kPlainSlot,
+        // The two disc textures of opaque circles: all borders, then all fills.
+        kDiscSlot,
+        kLineSlot,
+        kFirstSpriteSlot,
+        kSlotCount = kFirstSpriteSlot + 6
+    };
+    struct ShapeVertex;
+    struct PlainVertex;
+    struct Batch;
+
     enum ProgramId { kBoxProgram, kCircleProgram, kPolygonProgram, kPlaneProgram, kLineProgram };
     static constexpr int kProgramCount = 5;
     static constexpr int kNoProgram = -1;
@@ -96,8 +128,11 @@ private:
 
     // Binds the program if shaders are on and it compiled; false for the fixed pipeline.
     bool UseProgram(ProgramId id);
+    // Whether UseProgram would bind it.
+    bool CanUseProgram(ProgramId id) const;
     // The fixed pipeline from here on.
     void UseFixed();
+    void UnbindProgram();
     void SetUniform(Program& program, int index, float value);
     void SetUniform(Program& program, int index, const math::Vec2& value);
     void SetUniform(Program& program, int index, const math::Vec4& value);
@@ -105,6 +140,33 @@ private:
                           float pixelSize);
 
     void SetColor(const math::Vec4& color);
+
+    // The slot's batch, ready for a piece over the box (in the painter's frame), after what
+    // must come before it was drawn. Outside a pass the batch is empty.
+    Batch& Open(Slot slot, const math::BoundingBox2f& box);
+    // Outside a pass, draws the piece just added.
+    void Close(Slot slot);
+    // Readies the matrices for a piece drawn at once, after the held pieces it may cover.
+    void Immediate(const math::BoundingBox2f& box);
+    void ImmediateEverywhere();
+    void Flush(int slot);
+    void DrawShapes(Batch& batch, ProgramId id);
+    // The box of the points placed by the current transform, grown by a pixel.
+    math::BoundingBox2f PlacedBox(const math::Vec2* points, size_t count) const;
+    math::Vec2 Place(const math::Vec2& p) const { return m_transform.TransformPoint(p); }
+    // A quad of a box or circle program from -half to half; params are the shape's own
+    // numbers for the program.
+    void AddShapeQuad(Slot slot, const math::Vec2& half, const math::Vec4& params,
+                      const ShapeStyle& style);
+    void AddPlain(std::vector<PlainVertex>& out, const math::Vec2& p, const math::Vec4& color,
+                  const math::Vec2& texCoord = math::Vec2(0, 0));
+    void AddPlainQuad(std::vector<PlainVertex>& out, const math::Vec2* corners,
+                      const math::Vec4& color);
+    void AddTexturedQuad(std::vector<PlainVertex>& out, const math::Vec2* corners,
+                         const math::Vec2* texCoords, const math::Vec4& color);
+    void AddFan(std::vector<PlainVertex>& out, const math::Vec2& centre, const math::Vec2* rim,
+                int count, const math::Vec4& color);
+    Slot SpriteSlot(const rendering::Texture* texture);
 
     // The texture of a sprite or strip by its data file's name; null if there is none.
     const rendering::Texture* FindTexture(const char* name);
@@ -137,6 +199,19 @@ private:
     bool m_warnedTransparency = false;
 
     std::vector<SpriteTexture> m_sprites;
+
+    // The batching pass.
+    bool m_batching = false;
+    float m_depth = 0;
+    math::Mat3 m_transform;
+    std::vector<math::Mat3> m_transforms;
+    // The model-view matrix at BeginBatching, and whether it or the current piece's is
+    // loaded.
+    float m_base[16] = {};
+    enum class Loaded { kBase, kPiece, kNone } m_loaded = Loaded::kBase;
+    float m_lineMargin = 0;
+    BatchOrder m_order;
+    std::vector<Batch> m_batches;
     rendering::TexturePtr m_disc;
     rendering::TexturePtr m_slicedDisc;
     uint32_t m_discGeneration = 0;

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -627,5 +628,99 @@ TEST_F(GLPainterTest, ShapesAfterTheProgramsWereRebuiltStillGetTheirUniforms) {
     EXPECT_TRUE(Shows({-2, 0}, {255, 0, 0}));
     EXPECT_TRUE(Shows({2, 0}, {255, 0, 0}));
 }
+
+}  // namespace
+
+namespace {
+
+// Batching
+
+class BatchTest : public GLPainterTest, public testing::WithParamInterface<bool> {
+protected:
+    // A heap of every kind of piece, overlapping each other, each at its own depth as the
+    // entity pass gives it; the frame buffer read back.
+    std::vector<unsigned char> DrawHeap(bool batched) {
+        Clear(0.3f, 0.4f, 1);
+        Begin();
+        if (batched) {
+            m_painter.BeginBatching();
+        }
+        const math::Vec2List outline = {{-0.8f, -0.6f}, {0.9f, -0.5f}, {0.5f, 0.8f}, {-0.6f, 0.5f}};
+        const physics::Polygon polygon(outline);
+        util::SharedPtr<util::Pointee> cache;
+        std::mt19937 random(7);
+        std::uniform_real_distribution<float> unit(0, 1);
+        for (int i = 0; i < 60; ++i) {
+            const float z = 0.005f * static_cast<float>(i + 1);
+            if (batched) {
+                m_painter.SetDepth(z);
+            } else {
+                glPushMatrix();
+                glTranslatef(0, 0, z);
+            }
+            const Vec2 at(6 * unit(random) - 3, 6 * unit(random) - 3);
+            app::ShapeStyle style;
+            style.fill = Vec4(unit(random), unit(random), unit(random), i % 7 == 0 ? 0.5f : 1);
+            style.border = Vec4(0.5f * style.fill.x, 0.5f * style.fill.y, 0.5f * style.fill.z, 1);
+            style.borderWidth = i % 3 == 0 ? 0 : 0.1f;
+            m_painter.PushTransform(Place(unit(random) * 2 * kPi, at));
+            switch (i % 6) {
+                case 0:
+                case 1:
+                    m_painter.Box({0.3f + unit(random), 0.2f + unit(random)}, style);
+                    break;
+                case 2:
+                    m_painter.Circle(0.2f + unit(random), style);
+                    break;
+                case 3:
+                    m_painter.Polygon(polygon, 0.1f, cache, style);
+                    break;
+                case 4:
+                    m_painter.Sprite(i % 4 ? "hinge" : "ring", {0, 0}, 0.8f, 0, style.fill);
+                    break;
+                default:
+                    m_painter.Line({-1, 0}, {1, 0.5f}, style.fill);
+                    break;
+            }
+            m_painter.PopTransform();
+            if (!batched) {
+                glPopMatrix();
+            }
+        }
+        if (batched) {
+            m_painter.EndBatching();
+        }
+        m_painter.EndFrame();
+        std::vector<unsigned char> pixels(kSide * kSide * 4);
+        glReadPixels(0, 0, kSide, kSide, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+        return pixels;
+    }
+};
+
+TEST_P(BatchTest, ABatchedPassDrawsWhatShapesDrawnOneByOneDraw) {
+    UseShaders(GetParam());
+    const std::vector<unsigned char> alone = DrawHeap(false);
+    const std::vector<unsigned char> batched = DrawHeap(true);
+    int differing = 0;
+    for (size_t i = 0; i < alone.size(); i += 4) {
+        for (size_t c = 0; c < 3; ++c) {
+            if (std::abs(alone[i + c] - batched[i + c]) > 2) {
+                ++differing;
+                break;
+            }
+        }
+    }
+    // The placement is rounded differently on the processor: a few pixels on edges at most.
+    EXPECT_LE(differing, 20) << "of " << kSide * kSide;
+    // And the pass leaves the model-view matrix as it found it.
+    GLfloat matrix[16];
+    glGetFloatv(GL_MODELVIEW_MATRIX, matrix);
+    EXPECT_FLOAT_EQ(matrix[14], 0.5f);
+}
+
+INSTANTIATE_TEST_SUITE_P(ShadersOnAndOff, BatchTest, testing::Bool(),
+                         [](const testing::TestParamInfo<bool>& info) {
+                             return std::string(info.param ? "Shaders" : "FixedPipeline");
+                         });
 
 }  // namespace

@@ -1,19 +1,19 @@
 // A filled rectangle with a border, its edges smoothed over one pixel.
-uniform vec4 InsideColor;
-uniform vec4 BorderColor;
-uniform float BorderWidth;
 uniform float PixelSize;
-uniform vec2 HalfSize;
 varying vec2 local;
+varying vec2 halfSize;
+varying float borderWidth;
+varying vec4 insideColor;
+varying vec4 borderColor;
 
 void main() {
-    vec2 q = abs(local) - HalfSize;
+    vec2 q = abs(local) - halfSize;
     // Signed distance to the outline: negative inside.
     float d = max(q.x, q.y);
     float outer = 1.0 - smoothstep(-PixelSize, 0.0, d);
     if (outer <= 0.0)
         discard;
-    float inBorder = smoothstep(-BorderWidth - PixelSize, -BorderWidth, d);
-    vec4 color = mix(InsideColor, BorderColor, BorderWidth > 0.0 ? inBorder : 0.0);
+    float inBorder = smoothstep(-borderWidth - PixelSize, -borderWidth, d);
+    vec4 color = mix(insideColor, borderColor, borderWidth > 0.0 ? inBorder : 0.0);
     gl_FragColor = vec4(color.rgb, color.a * outer);
 }

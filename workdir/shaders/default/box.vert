@@ -1,10 +1,17 @@
-// A box is drawn as the quad from (-1, -1) to (1, 1), grown here to its half size and a
-// pixel of margin for the soft edge.
-uniform vec2 HalfSize;
-uniform float PixelSize;
+// Boxes come in batches: each corner arrives placed, with its point in the box's own frame
+// (a pixel beyond the box, for the soft edge), the half size and border width, and the
+// colours.
 varying vec2 local;
+varying vec2 halfSize;
+varying float borderWidth;
+varying vec4 insideColor;
+varying vec4 borderColor;
 
 void main() {
-    local = gl_Vertex.xy * (HalfSize + vec2(PixelSize));
-    gl_Position = gl_ModelViewProjectionMatrix * vec4(local, 0.0, 1.0);
+    local = gl_MultiTexCoord0.xy;
+    halfSize = gl_MultiTexCoord1.xy;
+    borderWidth = gl_MultiTexCoord1.z;
+    insideColor = gl_Color;
+    borderColor = gl_MultiTexCoord2;
+    gl_Position = gl_ModelViewProjectionMatrix * gl_Vertex;
 }

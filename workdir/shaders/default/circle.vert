@@ -1,10 +1,17 @@
-// A circle is drawn as the quad from (-1, -1) to (1, 1), grown here to the radius with a
-// margin (SquareScale) for the soft edge. The fragment stage measures from the centre.
-uniform float Radius;
-uniform float SquareScale;
+// Circles come in batches: each corner of a square somewhat larger than the disc arrives
+// placed, with its point in the circle's own frame, the radius and border width, and the
+// colours. The fragment stage measures from the centre.
 varying vec2 local;
+varying float radius;
+varying float borderWidth;
+varying vec4 insideColor;
+varying vec4 borderColor;
 
 void main() {
-    local = gl_Vertex.xy * Radius * SquareScale;
-    gl_Position = gl_ModelViewProjectionMatrix * vec4(local, 0.0, 1.0);
+    local = gl_MultiTexCoord0.xy;
+    radius = gl_MultiTexCoord1.x;
+    borderWidth = gl_MultiTexCoord1.y;
+    insideColor = gl_Color;
+    borderColor = gl_MultiTexCoord2;
+    gl_Position = gl_ModelViewProjectionMatrix * gl_Vertex;
 }
