@@ -53,17 +53,16 @@ const UnitCircle kUnitCircle;
 
 // The uniforms of the polygon and plane programs, the ones they share first.
 enum ShapeUniform { kInsideColor, kBorderColor, kBorderWidth, kPixelSize, kFirstOwn };
-enum PolygonUniform { kDistSampler = kFirstOwn, kDistScale };
+enum PolygonUniform { kDistSampler };
 enum PlaneUniform { kNormal = kFirstOwn, kOffset };
 enum LineUniform { kLineColor, kLineWidth, kLinePixelSize };
-// The box and circle programs draw batches: what differs from shape to shape comes with the
-// vertices, the rest as uniforms.
+// The box, circle and polygon programs draw batches: what differs from shape to shape comes
+// with the vertices, the rest as uniforms.
 enum BatchUniform { kBatchPixelSize, kBatchCakeSize };
 
 const char* const kBoxUniforms[] = {"PixelSize"};
 const char* const kCircleUniforms[] = {"PixelSize", "CakeSize"};
-const char* const kPolygonUniforms[] = {"InsideColor", "BorderColor", "BorderWidth",
-                                        "PixelSize",   "DistSampler", "DistScale"};
+const char* const kPolygonUniforms[] = {"DistSampler"};
 const char* const kPlaneUniforms[] = {"InsideColor", "BorderColor", "BorderWidth",
                                       "PixelSize",   "Normal",      "Offset"};
 const char* const kLineUniforms[] = {"Color", "Width", "PixelSize"};
@@ -88,6 +87,16 @@ const ProgramDescription kPrograms[] = {
 // the polygon's frame.
 class PolygonTexture final : public util::Pointee {
 public:
+    ~PolygonTexture() override {
+        if (atlas) {
+            atlas->Remove(place);
+        }
+    }
+
+    // The map's cell on the painter's atlas, or a texture of its own where the atlas had
+    // no room.
+    util::SharedPtr<PolygonAtlas> atlas;
+    PolygonAtlas::Place place;
     rendering::TexturePtr texture;
     const physics::Polygon* polygon = nullptr;
     float scale = 0;
@@ -100,11 +109,16 @@ public:
     // centre and axes.
     math::OBB2D box;
     Vec2 mapHalfExtents;
+
+    bool InAtlas() const { return atlas && atlas->Holds(place); }
+    const rendering::Texture* GetTexture() const {
+        return InAtlas() ? atlas->GetPage(place.page) : texture.Get();
+    }
 };
 
 // The distance map as the texture holds it: (d / scale + 1) / 2, so that 0.5 is the outline
 // and less is inside. A cell that is not a number reads as far outside.
-rendering::TexturePtr MakeDistanceTexture(const util::Array2D<float>& map, float scale) {
+rendering::ImageFloatPtr MakeDistanceImage(const util::Array2D<float>& map, float scale) {
     const size_t width = map.GetWidth();
     const size_t height = map.GetHeight();
     rendering::ImageFloatPtr image(new rendering::ImageFloat(width, height));
@@ -114,9 +128,30 @@ rendering::TexturePtr MakeDistanceTexture(const util::Array2D<float>& map, float
         const float v = (in[i] / scale + 1) * 0.5f;
         out[i] = !(v < 1) ? 1 : (v < 0 ? 0 : v);
     }
-    const rendering::Texture::ImageType type{GL_ALPHA, false, 1, 1, 1, 1, 0};
-    return rendering::TexturePtr(rendering::TextureFromImageFloat(image, type));
+    return image;
 }
+
+// The fixed pipeline's alpha test against a per-vertex cut-off: the fragment's alpha is the
+// texture's plus the colour's alpha less one half, so that a colour alpha of 1 - c passes
+// the test "below one half" exactly where the texture is below c. The colour is the
+// vertex's own. For the scope; afterwards texture unit 0 modulates again.
+class CutoffFromColour {
+public:
+    CutoffFromColour() {
+        glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_COMBINE);
+        glTexEnvi(GL_TEXTURE_ENV, GL_COMBINE_RGB, GL_REPLACE);
+        glTexEnvi(GL_TEXTURE_ENV, GL_SOURCE0_RGB, GL_PRIMARY_COLOR);
+        glTexEnvi(GL_TEXTURE_ENV, GL_OPERAND0_RGB, GL_SRC_COLOR);
+        glTexEnvi(GL_TEXTURE_ENV, GL_COMBINE_ALPHA, GL_ADD_SIGNED);
+        glTexEnvi(GL_TEXTURE_ENV, GL_SOURCE0_ALPHA, GL_TEXTURE);
+        glTexEnvi(GL_TEXTURE_ENV, GL_OPERAND0_ALPHA, GL_SRC_ALPHA);
+        glTexEnvi(GL_TEXTURE_ENV, GL_SOURCE1_ALPHA, GL_PRIMARY_COLOR);
+        glTexEnvi(GL_TEXTURE_ENV, GL_OPERAND1_ALPHA, GL_SRC_ALPHA);
+    }
+    ~CutoffFromColour() { glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE); }
+    CutoffFromColour(const CutoffFromColour&) = delete;
+    CutoffFromColour& operator=(const CutoffFromColour&) = delete;
+};
 
 // A white disc touching the texture's edges less one texel, with a soft edge one texel
 // wide; sliced, the slice toward +x is cut out of it with the same soft edges.
@@ -312,8 +347,12 @@ int ClipBelow(const Vec2* in, int count, const Vec2& normal, float offset, Vec2*
     return n;
 }
 
+Vec4 WithAlpha(const Vec4& color, float alpha) {
+    return Vec4(color.x, color.y, color.z, alpha);
+}
+
 Vec4 Opaque(const Vec4& color) {
-    return Vec4(color.x, color.y, color.z, 1);
+    return WithAlpha(color, 1);
 }
 
 }  // namespace
@@ -371,7 +410,7 @@ struct GLPainter::Batch {
     }
 };
 
-GLPainter::GLPainter() : m_batches(kSlotCount) {
+GLPainter::GLPainter() : m_batches(kSlotCount), m_single(new Batch), m_atlas(new PolygonAtlas) {
     rendering::ShaderManager& shaders = rendering::ShaderManager::Get();
     for (int i = 0; i < kProgramCount; ++i) {
         util::SharedPtr<Program> program(new Program);
@@ -631,13 +670,10 @@ void NoTexCoordArray(GLenum unit) {
 
 }  // namespace
 
-void GLPainter::DrawShapes(Batch& batch, ProgramId id) {
-    if (batch.shapes.empty() || !UseProgram(id)) {
-        return;
-    }
-    SetUniform(*m_programs[id], kBatchPixelSize, m_pixelSize);
-    const std::vector<ShapeVertex>& v = batch.shapes;
-    const GLsizei stride = sizeof(ShapeVertex);
+// The shape programs' vertices: the shape's own frame on texture unit 0, its numbers on 1,
+// its border colour on 2, the fill as the colour.
+static void DrawShapeArrays(const std::vector<GLPainter::ShapeVertex>& v) {
+    const GLsizei stride = sizeof(GLPainter::ShapeVertex);
     glEnableClientState(GL_VERTEX_ARRAY);
     glVertexPointer(3, GL_FLOAT, stride, v[0].position);
     glEnableClientState(GL_COLOR_ARRAY);
@@ -652,6 +688,49 @@ void GLPainter::DrawShapes(Batch& batch, ProgramId id) {
     glDisableClientState(GL_COLOR_ARRAY);
     glDisableClientState(GL_VERTEX_ARRAY);
     rendering::Renderer::Get().ForgetState();
+}
+
+void GLPainter::DrawShapes(Batch& batch, ProgramId id) {
+    if (batch.shapes.empty() || !UseProgram(id)) {
+        return;
+    }
+    SetUniform(*m_programs[id], kBatchPixelSize, m_pixelSize);
+    DrawShapeArrays(batch.shapes);
+}
+
+void GLPainter::DrawPolygons(Batch& batch) {
+    if (!batch.texture) {
+        return;
+    }
+    if (!batch.shapes.empty() && UseProgram(kPolygonProgram)) {
+        batch.texture->Bind();
+        DrawShapeArrays(batch.shapes);
+        rendering::Texture::Unbind();
+    }
+    if (!batch.plain.empty()) {
+        UseFixed();
+        const Texturing textured;
+        batch.texture->Bind();
+        const SavedBlending savedBlending;
+        const SavedAlphaTest savedAlphaTest;
+        glDisable(GL_BLEND);
+        glEnable(GL_ALPHA_TEST);
+        glAlphaFunc(GL_LESS, 0.5f);
+        const CutoffFromColour cutoff;
+        DrawArrays(batch.plain, GL_QUADS, true);
+    }
+}
+
+void GLPainter::AddPolygonQuad(Batch& batch, const Vec2* corners, const Vec2* texCoords,
+                               const Vec4& params, const ShapeStyle& style) {
+    for (int i = 0; i < 4; ++i) {
+        const Vec2 p = Place(corners[i]);
+        batch.shapes.push_back({{p.x, p.y, m_depth},
+                                {texCoords[i].x, texCoords[i].y},
+                                {params.x, params.y, params.z, params.w},
+                                {style.fill.x, style.fill.y, style.fill.z, style.fill.w},
+                                {style.border.x, style.border.y, style.border.z, style.border.w}});
+    }
 }
 
 void GLPainter::Flush(int slot) {
@@ -694,6 +773,13 @@ void GLPainter::Flush(int slot) {
             DrawArrays(batch.second, GL_QUADS, true);
             break;
         }
+        case kFirstPolygonSlot:
+        case kFirstPolygonSlot + 1:
+        case kFirstPolygonSlot + 2:
+        case kFirstPolygonSlot + 3:
+            batch.texture = m_atlas->GetPage(slot - kFirstPolygonSlot);
+            DrawPolygons(batch);
+            break;
         default: {
             // Pictures lie over whatever is below them.
             UseFixed();
@@ -940,7 +1026,7 @@ void GLPainter::Polygon(const physics::Polygon& polygon, float textureScale,
                                 : nullptr;
     const uint32_t generation = rendering::GraphicsContext::GetGeneration();
     if (!built || built->polygon != &polygon || built->scale != textureScale ||
-        built->generation != generation) {
+        built->generation != generation || (built->atlas && !built->InAtlas())) {
         util::SharedPtr<PolygonTexture> made(new PolygonTexture);
         made->polygon = &polygon;
         made->scale = textureScale;
@@ -948,14 +1034,23 @@ void GLPainter::Polygon(const physics::Polygon& polygon, float textureScale,
         const util::Array2D<float>& map = polygon.GetDistMap();
         made->empty = map.empty() || !(textureScale > 0) || !std::isfinite(textureScale);
         if (!made->empty) {
-            made->texture = MakeDistanceTexture(map, textureScale);
-            // Cell (x, y) has its centre at map coordinates (x, y) and texel (x, y) at
-            // texture coordinates ((x + 0.5) / width, (y + 0.5) / height).
-            const float width = static_cast<float>(map.GetWidth());
-            const float height = static_cast<float>(map.GetHeight());
-            made->localToTexture = math::Mat3::Scale(1 / width, 1 / height) *
-                                   math::Mat3::Translation(Vec2(0.5f, 0.5f)) *
-                                   polygon.GetLocalToMap();
+            const rendering::ImageFloatPtr image = MakeDistanceImage(map, textureScale);
+            made->place = m_atlas->Add(*image);
+            math::Mat3 mapToTexture;
+            if (made->place.page >= 0) {
+                made->atlas = m_atlas;
+                mapToTexture = m_atlas->MapToPage(made->place);
+            } else {
+                const rendering::Texture::ImageType type{GL_ALPHA, false, 1, 1, 1, 1, 0};
+                made->texture =
+                    rendering::TexturePtr(rendering::TextureFromImageFloat(image, type));
+                // Cell (x, y) has its centre at map coordinates (x, y) and texel (x, y) at
+                // texture coordinates ((x + 0.5) / width, (y + 0.5) / height).
+                mapToTexture = math::Mat3::Scale(1 / static_cast<float>(map.GetWidth()),
+                                                 1 / static_cast<float>(map.GetHeight())) *
+                               math::Mat3::Translation(Vec2(0.5f, 0.5f));
+            }
+            made->localToTexture = mapToTexture * polygon.GetLocalToMap();
             made->box = polygon.GetMapBox();
             made->mapHalfExtents = made->box.halfExtents;
             made->box.halfExtents = polygon.GetLocalOBB().halfExtents;
@@ -963,7 +1058,8 @@ void GLPainter::Polygon(const physics::Polygon& polygon, float textureScale,
         cache = made;
         built = made.Get();
     }
-    if (built->empty || !built->texture || built->texture->GetName() == 0) {
+    const rendering::Texture* texture = built->empty ? nullptr : built->GetTexture();
+    if (!texture || texture->GetName() == 0) {
         // Nothing to test against: the outline shows where the polygon is.
         const math::Vec2List& vertices = polygon.GetVertices();
         Immediate(PlacedBox(vertices.data(), vertices.size()));
@@ -977,7 +1073,6 @@ void GLPainter::Polygon(const physics::Polygon& polygon, float textureScale,
         glEnd();
         return;
     }
-    const rendering::Texture& texture = *built->texture;
     // The polygon's tight box and two pixels around it, for the soft edge: the map's margin
     // would only add fragments that show nothing.
     const Vec2 margin(2 * m_pixelSize, 2 * m_pixelSize);
@@ -990,13 +1085,48 @@ void GLPainter::Polygon(const physics::Polygon& polygon, float textureScale,
     for (int i = 0; i < 4; ++i) {
         texCoords[i] = built->localToTexture.TransformPoint(corners[i]);
     }
+    const float border =
+        std::min(std::max(style.borderWidth, 0.0f), kMaxBorderOfScale * textureScale);
+    const bool inAtlas = built->InAtlas();
+    const Slot slot =
+        inAtlas ? static_cast<Slot>(kFirstPolygonSlot + built->place.page) : kSlotCount;
+    if (!style.silhouette && m_multiTexturing && CanUseProgram(kPolygonProgram)) {
+        const float pixel = border > 0 ? std::min(m_pixelSize, border) : m_pixelSize;
+        const Vec4 params(textureScale, border, pixel, 0);
+        if (inAtlas) {
+            AddPolygonQuad(Open(slot, PlacedBox(corners, 4)), corners, texCoords, params, style);
+            Close(slot);
+            return;
+        }
+        Immediate(PlacedBox(corners, 4));
+        m_single->texture = texture;
+        AddPolygonQuad(*m_single, corners, texCoords, params, style);
+        DrawPolygons(*m_single);
+        m_single->Clear();
+        return;
+    }
+    if (!style.silhouette && inAtlas && style.fill.w >= 1 && style.border.w >= 1) {
+        // Opaque: the cut-offs ride on the vertices' alpha (CutoffFromColour).
+        Batch& batch = Open(slot, PlacedBox(corners, 4));
+        if (border > 0) {
+            // The inside first; the depth test (one depth for the polygon) keeps it where
+            // the border's quad covers it again.
+            const float cutoff = 0.5f - border / textureScale / 2;
+            AddTexturedQuad(batch.plain, corners, texCoords, WithAlpha(style.fill, 1 - cutoff));
+            AddTexturedQuad(batch.plain, corners, texCoords, WithAlpha(style.border, 0.5f));
+        } else {
+            AddTexturedQuad(batch.plain, corners, texCoords, WithAlpha(style.fill, 0.5f));
+        }
+        Close(slot);
+        return;
+    }
     Immediate(PlacedBox(corners, 4));
     if (style.silhouette) {
         // Flat: the fixed pipeline's alpha test reads the texture's alpha, which is what it
         // writes too, below one half everywhere inside.
         UseFixed();
         const Texturing textured;
-        texture.Bind();
+        texture->Bind();
         const SavedBlending savedBlending;
         const SavedAlphaTest savedAlphaTest;
         glDisable(GL_BLEND);
@@ -1006,19 +1136,7 @@ void GLPainter::Polygon(const physics::Polygon& polygon, float textureScale,
         TexturedQuad(corners, texCoords);
         return;
     }
-    if (m_multiTexturing && UseProgram(kPolygonProgram)) {
-        Program& program = *m_programs[kPolygonProgram];
-        const float border =
-            std::min(std::max(style.borderWidth, 0.0f), kMaxBorderOfScale * textureScale);
-        const float pixel = border > 0 ? std::min(m_pixelSize, border) : m_pixelSize;
-        texture.Bind();
-        SetShapeUniforms(program, style, border, pixel);
-        SetUniform(program, kDistScale, textureScale);
-        TexturedQuad(corners, texCoords);
-        rendering::Texture::Unbind();
-        return;
-    }
-    PolygonFixed(texture, corners, texCoords, textureScale, style);
+    PolygonFixed(*texture, corners, texCoords, textureScale, style);
 }
 
 void GLPainter::PolygonFixed(const rendering::Texture& texture, const Vec2* corners,

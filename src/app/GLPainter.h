@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "app/BatchOrder.h"
 #include "app/Painter.h"
+#include "app/PolygonAtlas.h"
 #include "math/BoundingBox2.h"
 #include "math/Vector4.h"
 #include "rendering/Texture.h"
@@ -110,13 +112,18 @@ private:
         // The two disc textures of opaque circles: all borders, then all fills.
         kDiscSlot,
         kLineSlot,
-        kFirstSpriteSlot,
+        // Polygons on each page of the atlas.
+        kFirstPolygonSlot,
+        kFirstSpriteSlot = kFirstPolygonSlot + 4,
         kSlotCount = kFirstSpriteSlot + 6
     };
-    struct ShapeVertex;
     struct PlainVertex;
     struct Batch;
 
+public:
+    struct ShapeVertex;
+
+private:
     enum ProgramId { kBoxProgram, kCircleProgram, kPolygonProgram, kPlaneProgram, kLineProgram };
     static constexpr int kProgramCount = 5;
     static constexpr int kNoProgram = -1;
@@ -151,6 +158,11 @@ private:
     void ImmediateEverywhere();
     void Flush(int slot);
     void DrawShapes(Batch& batch, ProgramId id);
+    // A batch of polygons on its texture: by the program, or by the fixed pipeline with
+    // the cut-offs on the vertices.
+    void DrawPolygons(Batch& batch);
+    void AddPolygonQuad(Batch& batch, const math::Vec2* corners, const math::Vec2* texCoords,
+                        const math::Vec4& params, const ShapeStyle& style);
     // The box of the points placed by the current transform, grown by a pixel.
     math::BoundingBox2f PlacedBox(const math::Vec2* points, size_t count) const;
     math::Vec2 Place(const math::Vec2& p) const { return m_transform.TransformPoint(p); }
@@ -212,6 +224,9 @@ private:
     float m_lineMargin = 0;
     BatchOrder m_order;
     std::vector<Batch> m_batches;
+    // A polygon with a texture of its own, drawn at once by its program.
+    std::unique_ptr<Batch> m_single;
+    util::SharedPtr<PolygonAtlas> m_atlas;
     rendering::TexturePtr m_disc;
     rendering::TexturePtr m_slicedDisc;
     uint32_t m_discGeneration = 0;

@@ -154,6 +154,17 @@ void Texture::Copy(size_t width, size_t height) {
     Unbind();
 }
 
+void Texture::Update(size_t x, size_t y, const AbstractImage& image) {
+    if (m_name == 0 || !GraphicsContext::IsLoaded()) {
+        return;
+    }
+    Bind();
+    glTexSubImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(x), static_cast<GLint>(y),
+                    static_cast<GLsizei>(image.GetWidth()), static_cast<GLsizei>(image.GetHeight()),
+                    image.GetFormat(), image.GetType(), image.GetData());
+    Unbind();
+}
+
 ImageRGBA32Ptr Texture::Read() const {
     VORRA_PROFILE("Read");
     ImageRGBA32Ptr image(new ImageRGBA32(m_width, m_height));

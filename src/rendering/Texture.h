@@ -39,6 +39,8 @@ public:
     static void Unbind(int unit = 0);
     // The lower left of the frame buffer into the texture.
     void Copy(size_t width, size_t height);
+    // The image into the texture with its lower left corner at (x, y).
+    void Update(size_t x, size_t y, const AbstractImage& image);
     // The texture's pixels back from the graphics card.
     ImageRGBA32Ptr Read() const;
 

@@ -271,8 +271,7 @@ TEST_F(DataTreeFilesTest, EveryShippedProgramCompilesLinksAndHasItsUniforms) {
         // Boxes and circles are drawn in batches: what differs by shape comes with the
         // vertices.
         {"circle", {"PixelSize", "CakeSize"}},
-        {"polygon",
-         {"InsideColor", "BorderColor", "BorderWidth", "PixelSize", "DistSampler", "DistScale"}},
+        {"polygon", {"DistSampler"}},
         {"box", {"PixelSize"}},
         {"plane", {"InsideColor", "BorderColor", "BorderWidth", "PixelSize", "Normal", "Offset"}},
         {"line", {"Color", "Width", "PixelSize"}},
