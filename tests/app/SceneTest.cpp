@@ -332,7 +332,7 @@ TEST_F(SceneTest, ClearAndNewEmptyTheSceneAndRestoreSettings) {
 TEST_F(SceneTest, SettingsThatWouldBreakEveryStepAreRefused) {
     ASSERT_TRUE(LoadFile(VORRA_SCENES_DIR "/pendulum.vra"));
     const size_t entities = GetScene().GetEntities().size();
-    ASSERT_EQ(entities, 6u);
+    ASSERT_EQ(entities, 5u);
     script::Parser& parser = script::Parser::Get();
     parser.Execute("SPH.radius = 0.1");
     {
