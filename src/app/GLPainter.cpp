@@ -584,15 +584,7 @@ GLPainter::Slot GLPainter::SpriteSlot(const rendering::Texture* texture) {
 void GLPainter::AddShapeQuad(Slot slot, const Vec2& half, const Vec4& params,
                              const ShapeStyle& style) {
     const Vec2 corners[4] = {-half, Vec2(half.x, -half.y), half, Vec2(-half.x, half.y)};
-    Batch& batch = Open(slot, PlacedBox(corners, 4));
-    for (const Vec2& corner : corners) {
-        const Vec2 p = Place(corner);
-        batch.shapes.push_back({{p.x, p.y, m_depth},
-                                {corner.x, corner.y},
-                                {params.x, params.y, params.z, params.w},
-                                {style.fill.x, style.fill.y, style.fill.z, style.fill.w},
-                                {style.border.x, style.border.y, style.border.z, style.border.w}});
-    }
+    AddShapeQuad(Open(slot, PlacedBox(corners, 4)), corners, corners, params, style);
     Close(slot);
 }
 
@@ -721,12 +713,12 @@ void GLPainter::DrawPolygons(Batch& batch) {
     }
 }
 
-void GLPainter::AddPolygonQuad(Batch& batch, const Vec2* corners, const Vec2* texCoords,
-                               const Vec4& params, const ShapeStyle& style) {
+void GLPainter::AddShapeQuad(Batch& batch, const Vec2* corners, const Vec2* locals,
+                             const Vec4& params, const ShapeStyle& style) {
     for (int i = 0; i < 4; ++i) {
         const Vec2 p = Place(corners[i]);
         batch.shapes.push_back({{p.x, p.y, m_depth},
-                                {texCoords[i].x, texCoords[i].y},
+                                {locals[i].x, locals[i].y},
                                 {params.x, params.y, params.z, params.w},
                                 {style.fill.x, style.fill.y, style.fill.z, style.fill.w},
                                 {style.border.x, style.border.y, style.border.z, style.border.w}});
@@ -1094,13 +1086,13 @@ void GLPainter::Polygon(const physics::Polygon& polygon, float textureScale,
         const float pixel = border > 0 ? std::min(m_pixelSize, border) : m_pixelSize;
         const Vec4 params(textureScale, border, pixel, 0);
         if (inAtlas) {
-            AddPolygonQuad(Open(slot, PlacedBox(corners, 4)), corners, texCoords, params, style);
+            AddShapeQuad(Open(slot, PlacedBox(corners, 4)), corners, texCoords, params, style);
             Close(slot);
             return;
         }
         Immediate(PlacedBox(corners, 4));
         m_single->texture = texture;
-        AddPolygonQuad(*m_single, corners, texCoords, params, style);
+        AddShapeQuad(*m_single, corners, texCoords, params, style);
         DrawPolygons(*m_single);
         m_single->Clear();
         return;

@@ -161,8 +161,10 @@ private:
     // A batch of polygons on its texture: by the program, or by the fixed pipeline with
     // the cut-offs on the vertices.
     void DrawPolygons(Batch& batch);
-    void AddPolygonQuad(Batch& batch, const math::Vec2* corners, const math::Vec2* texCoords,
-                        const math::Vec4& params, const ShapeStyle& style);
+    // The quad's corners placed, each with its point in the shape's own frame (or on its
+    // texture) and the shape's numbers and colours.
+    void AddShapeQuad(Batch& batch, const math::Vec2* corners, const math::Vec2* locals,
+                      const math::Vec4& params, const ShapeStyle& style);
     // The box of the points placed by the current transform, grown by a pixel.
     math::BoundingBox2f PlacedBox(const math::Vec2* points, size_t count) const;
     math::Vec2 Place(const math::Vec2& p) const { return m_transform.TransformPoint(p); }
