@@ -260,6 +260,21 @@ private:
     GLfloat m_ref = 0;
 };
 
+// Blending off and the alpha test passing below one half, for the scope: what the
+// distance textures' cut-offs need.
+class BelowHalfOpaque {
+public:
+    BelowHalfOpaque() {
+        glDisable(GL_BLEND);
+        glEnable(GL_ALPHA_TEST);
+        glAlphaFunc(GL_LESS, 0.5f);
+    }
+
+private:
+    SavedBlending m_blending;
+    SavedAlphaTest m_alphaTest;
+};
+
 // Additive blending for the scope: debug overlays add their colour to what lies below.
 class AdditiveBlending {
 public:
@@ -703,11 +718,7 @@ void GLPainter::DrawPolygons(Batch& batch) {
         UseFixed();
         const Texturing textured;
         batch.texture->Bind();
-        const SavedBlending savedBlending;
-        const SavedAlphaTest savedAlphaTest;
-        glDisable(GL_BLEND);
-        glEnable(GL_ALPHA_TEST);
-        glAlphaFunc(GL_LESS, 0.5f);
+        const BelowHalfOpaque test;
         const CutoffFromColour cutoff;
         DrawArrays(batch.plain, GL_QUADS, true);
     }
@@ -1119,11 +1130,7 @@ void GLPainter::Polygon(const physics::Polygon& polygon, float textureScale,
         UseFixed();
         const Texturing textured;
         texture->Bind();
-        const SavedBlending savedBlending;
-        const SavedAlphaTest savedAlphaTest;
-        glDisable(GL_BLEND);
-        glEnable(GL_ALPHA_TEST);
-        glAlphaFunc(GL_LESS, 0.5f);
+        const BelowHalfOpaque test;
         SetColor(Opaque(style.fill));
         TexturedQuad(corners, texCoords);
         return;
