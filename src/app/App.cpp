@@ -204,7 +204,7 @@ void App::DrawComp() {
     }
     renderer.SetColor(math::Colour(1, 1, 1, 1));
     if (m_toolOverlay) {
-        m_toolOverlay();
+        m_toolOverlay(*m_painter);
     }
     if (fading) {
         if (!m_fadeTexture) {

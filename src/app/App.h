@@ -18,6 +18,7 @@ namespace app {
 class Background;
 using BackgroundPtr = util::SharedPtr<Background>;
 class GLPainter;
+class Painter;
 class WaterRenderer;
 
 // The application root: the component below the whole interface, where simulated time
@@ -55,7 +56,7 @@ public:
     const BackgroundPtr& GetBackground() const { return m_background; }
     // The tool in force draws its overlay through this, over the scene in world
     // coordinates.
-    void SetToolOverlay(std::function<void()> draw) { m_toolOverlay = std::move(draw); }
+    void SetToolOverlay(std::function<void(Painter&)> draw) { m_toolOverlay = std::move(draw); }
     // The world box the window shows.
     math::BoundingBox2f GetViewBox() const;
     // The contacts of the latest step, kept while the simulation pauses.
@@ -84,7 +85,7 @@ private:
     std::unique_ptr<WaterRenderer> m_water;
     rendering::TexturePtr m_fadeTexture;
     std::vector<EntityPtr> m_visible;
-    std::function<void()> m_toolOverlay;
+    std::function<void(Painter&)> m_toolOverlay;
     std::vector<physics::ContactPtr> m_contacts;
     bool m_firstRun = false;
 };

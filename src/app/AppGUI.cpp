@@ -14,7 +14,13 @@
 namespace app {
 
 AppGUI::AppGUI() : gui::Component("AppGUI") {
-    AddAttrib(m_drawHingesWhenRunning, "drawHingesWhenRunning", true);
+    AddAttrib(zoomFactor, "zoomFactor", 0.2f);
+    AddAttrib(freeDrawing, "freeDrawing", false);
+    AddAttrib(autoGlue, "autoGlue", false);
+    AddAttrib(leftClickMenus, "leftClickMenus", false);
+    AddAttrib(drawHingesWhenRunning, "drawHingesWhenRunning", true);
+    AddAttrib(trapUser, "trapUser", false);
+    AddAttrib(simpleMode, "simpleMode", false);
 }
 
 AppGUI::~AppGUI() = default;

@@ -26,10 +26,21 @@ public:
     static util::String NormaliseScenePath(util::String path);
 
     // Hinges and fix joints show while the simulation runs, not only while it is paused.
-    bool GetDrawHingesWhenRunning() const { return m_drawHingesWhenRunning->Get(); }
+    bool GetDrawHingesWhenRunning() const { return drawHingesWhenRunning->Get(); }
 
-private:
-    script::AttribPtr<bool> m_drawHingesWhenRunning;
+    // One wheel notch scales the view by 2 to this power.
+    script::AttribPtr<float> zoomFactor;
+    // The drawing tools make shapes around others rather than selecting them.
+    script::AttribPtr<bool> freeDrawing;
+    // New shapes are fixed to the ground.
+    script::AttribPtr<bool> autoGlue;
+    // A plain left click that nothing used opens the popup menu.
+    script::AttribPtr<bool> leftClickMenus;
+    script::AttribPtr<bool> drawHingesWhenRunning;
+    // The program cannot be quit.
+    script::AttribPtr<bool> trapUser;
+    // The reduced interface.
+    script::AttribPtr<bool> simpleMode;
 };
 
 }  // namespace app

@@ -1,0 +1,9 @@
+#include "app/tools/BrushTool.h"
+
+namespace app {
+
+BrushTool::BrushTool() : Tool("BrushTool") {}
+
+BrushTool::~BrushTool() = default;
+
+}  // namespace app

@@ -1,0 +1,9 @@
+#include "app/tools/ChainTool.h"
+
+namespace app {
+
+ChainTool::ChainTool() : Tool("ChainTool") {}
+
+ChainTool::~ChainTool() = default;
+
+}  // namespace app

@@ -1,0 +1,9 @@
+#include "app/tools/CircleTool.h"
+
+namespace app {
+
+CircleTool::CircleTool() : Tool("CircleTool") {}
+
+CircleTool::~CircleTool() = default;
+
+}  // namespace app

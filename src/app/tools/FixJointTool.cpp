@@ -1,0 +1,9 @@
+#include "app/tools/FixJointTool.h"
+
+namespace app {
+
+FixJointTool::FixJointTool() : Tool("FixJointTool") {}
+
+FixJointTool::~FixJointTool() = default;
+
+}  // namespace app

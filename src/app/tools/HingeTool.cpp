@@ -1,0 +1,9 @@
+#include "app/tools/HingeTool.h"
+
+namespace app {
+
+HingeTool::HingeTool() : Tool("HingeTool") {}
+
+HingeTool::~HingeTool() = default;
+
+}  // namespace app

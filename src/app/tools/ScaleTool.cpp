@@ -1,0 +1,9 @@
+#include "app/tools/ScaleTool.h"
+
+namespace app {
+
+ScaleTool::ScaleTool() : Tool("ScaleTool") {}
+
+ScaleTool::~ScaleTool() = default;
+
+}  // namespace app
