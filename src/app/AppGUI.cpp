@@ -6,9 +6,11 @@
 #include "app/FileInfo.h"
 #include "app/Serializer.h"
 #include "app/Undoer.h"
+#include "app/widgets/Widget.h"
 #include "logging/Log.h"
 #include "physics/Simulation.h"
 #include "util/FileSystem.h"
+#include "util/Profiler.h"
 #include "util/StringUtil.h"
 
 namespace app {
@@ -21,9 +23,46 @@ AppGUI::AppGUI() : gui::Component("AppGUI") {
     AddAttrib(drawHingesWhenRunning, "drawHingesWhenRunning", true);
     AddAttrib(trapUser, "trapUser", false);
     AddAttrib(simpleMode, "simpleMode", false);
+    m_popupLayer = gui::ComponentPtr(new gui::Component("PopupLayer"));
+    Add(m_popupLayer);
 }
 
 AppGUI::~AppGUI() = default;
+
+std::vector<gui::ComponentPtr> AppGUI::GetWidgets() const {
+    VORRA_PROFILE("AppGUI::GetWidgets");
+    std::vector<gui::ComponentPtr> widgets;
+    for (const gui::ComponentPtr& child : GetChildren()) {
+        if (child != m_popupLayer && dynamic_cast<Widget*>(child.Get())) {
+            widgets.push_back(child);
+        }
+    }
+    return widgets;
+}
+
+gui::ComponentPtr AppGUI::FindWidget(const util::String& name) const {
+    for (const gui::ComponentPtr& widget : GetWidgets()) {
+        if (widget->GetReflectedName() == name) {
+            return widget;
+        }
+    }
+    return gui::ComponentPtr();
+}
+
+void AppGUI::ClosePopups() {
+    if (const gui::ComponentPtr file = FindWidget("File")) {
+        file->RemoveFromParent();
+    }
+    m_popupLayer->RemoveAllChildren();
+}
+
+void AppGUI::ShowPopup(const gui::ComponentPtr& popup) {
+    ClosePopups();
+    m_popupLayer->Add(popup);
+    // The layer goes last, so that it draws above the widgets and hears events first.
+    Remove(m_popupLayer);
+    Add(m_popupLayer);
+}
 
 util::String AppGUI::NormaliseScenePath(util::String path) {
     if (!util::EndsWithIgnoreCase(path, ".vra")) {

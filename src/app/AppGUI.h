@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "gui/Component.h"
 #include "script/Attributes.h"
 
@@ -21,6 +23,15 @@ public:
     // Writes the scene. An internal save (autosave, exit) neither changes the current file
     // nor tells the user. Never throws: a failure is logged.
     void SaveSceneAs(util::String path, bool internal);
+
+    // The children that are widgets, in the order of the children; the first with the name.
+    std::vector<gui::ComponentPtr> GetWidgets() const;
+    gui::ComponentPtr FindWidget(const util::String& name) const;
+    // Closes the "File" widget and every popup.
+    void ClosePopups();
+    // Closes the other popups, and shows this one above everything else of the interface.
+    void ShowPopup(const gui::ComponentPtr& popup);
+    const gui::ComponentPtr& GetPopupLayer() const { return m_popupLayer; }
 
     // A bare name goes into the scene folder, and ".vra" is added where it is missing.
     static util::String NormaliseScenePath(util::String path);
