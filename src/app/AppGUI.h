@@ -52,6 +52,9 @@ public:
     script::AttribPtr<bool> trapUser;
     // The reduced interface.
     script::AttribPtr<bool> simpleMode;
+
+private:
+    gui::ComponentPtr m_popupLayer;
 };
 
 }  // namespace app
