@@ -10,6 +10,7 @@
 #include "app/GLPainter.h"
 #include "app/Scene.h"
 #include "app/WaterRenderer.h"
+#include "app/tools/Tools.h"
 #include "gui/GUI.h"
 #include "gui/Primitives.h"
 #include "input/Input.h"
@@ -36,6 +37,11 @@ App::App()
     SetReflectedName("App");
     m_appGUI = AppGUIPtr(new AppGUI());
     Add(gui::ComponentPtr(m_appGUI));
+    SetToolOverlay([](Painter& painter) {
+        if (Tools::IsAlive()) {
+            Tools::Get().GetTool()->Draw(painter);
+        }
+    });
     Scene::Get().GetCamera().SetDPI(m_model.GetDPI());
 }
 

@@ -1,21 +1,78 @@
 #include "app/AppGUI.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "app/Actions.h"
+#include "app/App.h"
+#include "app/Camera.h"
 #include "app/FileInfo.h"
+#include "app/Scene.h"
 #include "app/Serializer.h"
+#include "app/Snapshot.h"
 #include "app/Undoer.h"
+#include "app/tools/DragTool.h"
+#include "app/tools/MoveTool.h"
+#include "app/tools/PanTool.h"
+#include "app/tools/RotateTool.h"
+#include "app/tools/Tools.h"
 #include "app/widgets/Widget.h"
+#include "core/Subsystem.h"
+#include "input/Input.h"
+#include "input/KeyCodes.h"
 #include "logging/Log.h"
+#include "os/OS.h"
+#include "physics/Particle.h"
+#include "physics/SPH.h"
 #include "physics/Simulation.h"
+#include "script/Parser.h"
+#include "util/Clock.h"
 #include "util/FileSystem.h"
 #include "util/Profiler.h"
 #include "util/StringUtil.h"
 
 namespace app {
 
+namespace {
+
+const input::SDLKey kLeft = input::MouseKey(input::kMouseLeft);
+const input::SDLKey kMiddle = input::MouseKey(input::kMouseMiddle);
+const input::SDLKey kRight = input::MouseKey(input::kMouseRight);
+
+bool IsMouseDown(input::SDLKey key) {
+    return input::Input::IsAlive() && input::Input::Get().IsKeyDown(key);
+}
+
+math::Vec2 ToWorld(const math::Vec2& gui) {
+    return Scene::Get().GetCamera().GUIToWorld(gui);
+}
+
+bool IsWaterAt(const math::Vec2& world) {
+    const float radius = physics::SPH::Get().radius->Get();
+    for (const physics::ParticlePtr& particle : physics::Simulation::Get().GetParticles()) {
+        if ((particle->position - world).SquaredLength() <= radius * radius) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Until the widget factory lands.
+struct WidgetFactory {
+    static gui::ComponentPtr MakePopupMenu(const util::String& name, const GroupPtr&) {
+        return gui::ComponentPtr(new Widget(name));
+    }
+    static gui::ComponentPtr MakeSavePopup() { return gui::ComponentPtr(new Widget("Save")); }
+    static gui::ComponentPtr MakeLoadPopup() { return gui::ComponentPtr(new Widget("Load")); }
+    static void PlaceNear(gui::Component& popup, const math::Vec2& at, const math::Vec2&) {
+        popup.SetPosition(at);
+    }
+};
+
+}  // namespace
+
 AppGUI::AppGUI() : gui::Component("AppGUI") {
+    SetReflectedName("AppGUI");
     AddAttrib(zoomFactor, "zoomFactor", 0.2f);
     AddAttrib(freeDrawing, "freeDrawing", false);
     AddAttrib(autoGlue, "autoGlue", false);
@@ -25,15 +82,20 @@ AppGUI::AppGUI() : gui::Component("AppGUI") {
     AddAttrib(simpleMode, "simpleMode", false);
     m_popupLayer = gui::ComponentPtr(new gui::Component("PopupLayer"));
     Add(m_popupLayer);
+    m_lastAutosave = util::Clock::Seconds();
 }
 
 AppGUI::~AppGUI() = default;
+
+Tool& AppGUI::GetTool() const {
+    return *Tools::Get().GetTool();
+}
 
 std::vector<gui::ComponentPtr> AppGUI::GetWidgets() const {
     VORRA_PROFILE("AppGUI::GetWidgets");
     std::vector<gui::ComponentPtr> widgets;
     for (const gui::ComponentPtr& child : GetChildren()) {
-        if (child != m_popupLayer && dynamic_cast<Widget*>(child.Get())) {
+        if (dynamic_cast<Widget*>(child.Get())) {
             widgets.push_back(child);
         }
     }
@@ -64,6 +126,327 @@ void AppGUI::ShowPopup(const gui::ComponentPtr& popup) {
     Add(m_popupLayer);
 }
 
+void AppGUI::OpenPopupMenu(const math::Vec2& position) {
+    const Scene& scene = Scene::Get();
+    util::String menu = "EntityOptions";
+    if (scene.GetSelection()->empty()) {
+        menu = IsWaterAt(ToWorld(position)) ? "WaterMenu" : "BackgroundMenu";
+    }
+    const gui::ComponentPtr popup = WidgetFactory::MakePopupMenu(menu, scene.GetSelection());
+    WidgetFactory::PlaceNear(*popup, position, GetSize());
+    ShowPopup(popup);
+}
+
+void AppGUI::Update(float dt) {
+    VORRA_PROFILE("AppGUI::Update");
+    // The interface covers the application's whole area, and popups may go anywhere on it.
+    if (const gui::Component* parent = GetParent(); parent && parent->GetSize() != GetSize()) {
+        SetPosition(0, 0);
+        SetSize(parent->GetSize());
+    }
+    if (m_popupLayer->GetSize() != GetSize()) {
+        m_popupLayer->SetSize(GetSize());
+    }
+    gui::Component::Update(dt);
+    const double now = util::Clock::Seconds();
+    if (App::IsAlive() && now - m_lastAutosave > App::Get().GetModel().autosaveTime->Get()) {
+        Autosave();
+        m_lastAutosave = now;
+    }
+    Tools::Get().Update(dt);
+}
+
+void AppGUI::Autosave() {
+    VORRA_PROFILE("Autosave");
+    util::FileSystem& files = util::FileSystem::Get();
+    script::Parser::Get().SaveConfig(files.GetWorkDirectory() + "config.autosave.cfg");
+    SaveSceneAs("_AUTOSAVE.vra", true);
+}
+
+void AppGUI::OnKey(input::KeyEvent& event) {
+    gui::Component::OnKey(event);
+    if (event.consumed) {
+        return;
+    }
+    if (event.down && HandleGlobalKey(event)) {
+        event.consumed = true;
+        return;
+    }
+    GetTool().OnKey(event);
+    if (!event.consumed) {
+        Tools::Get().OnKey(event);
+    }
+}
+
+bool AppGUI::HandleGlobalKey(const input::KeyEvent& event) {
+    using namespace input::key;
+    const input::SDLKey key = event.key;
+    if (key == input::MouseKey(input::kMouseWheelUp) ||
+        key == input::MouseKey(input::kMouseWheelDown)) {
+        Wheel(key == input::MouseKey(input::kMouseWheelUp) ? 1 : -1, event.position, event.shift);
+        return true;
+    }
+    if (key == Escape) {
+        if (GetTool().Cancel()) {
+            return true;
+        }
+        if (!m_popupLayer->GetChildren().empty()) {
+            ClosePopups();
+            return true;
+        }
+        return false;
+    }
+    if (!event.ctrl) {
+        if (event.alt || event.shift) {
+            return false;
+        }
+        if (key == Space) {
+            ToggleRunning();
+            return true;
+        }
+        if (key == Delete || key == Backspace) {
+            EraseSelection();
+            return true;
+        }
+        return false;
+    }
+    Scene& scene = Scene::Get();
+    switch (key) {
+        case 'a': {
+            Group all;
+            for (const EntityPtr& entity : scene.GetEntities()) {
+                all.Add(entity);
+            }
+            scene.Select(all);
+        }
+            return true;
+        case 's': {
+            const gui::ComponentPtr popup = WidgetFactory::MakeSavePopup();
+            WidgetFactory::PlaceNear(*popup, GetSize() * 0.5f, GetSize());
+            ShowPopup(popup);
+            return true;
+        }
+        case 'o': {
+            const gui::ComponentPtr popup = WidgetFactory::MakeLoadPopup();
+            WidgetFactory::PlaceNear(*popup, GetSize() * 0.5f, GetSize());
+            ShowPopup(popup);
+            return true;
+        }
+        case 'n': {
+            const SnapshotPtr before(new app::Snapshot());
+            scene.New();
+            Undoer::Get().AddSnapshotStep(before, "UndoNewScene");
+            return true;
+        }
+        case 'q':
+            if (trapUser->Get()) {
+                return false;
+            }
+            core::Subsystem::Get().RequestExit();
+            return true;
+        case 'v':
+            PasteAt(ToWorld(event.position));
+            return true;
+        case 'z':
+            Undoer::Get().Undo();
+            return true;
+        case 'y':
+            Undoer::Get().Redo();
+            return true;
+        case 'g':
+            GroupSelection();
+            return true;
+        case 'u':
+            UngroupSelection();
+            return true;
+        default:
+            return false;
+    }
+}
+
+void AppGUI::Wheel(int direction, const math::Vec2& position, bool shift) {
+    Scene& scene = Scene::Get();
+    if (shift) {
+        if (direction > 0) {
+            scene.MoveToFront(*scene.GetSelection());
+        } else {
+            scene.MoveToBack(*scene.GetSelection());
+        }
+        return;
+    }
+    Camera& camera = scene.GetCamera();
+    const float zoom = camera.GetZoom();
+    if ((direction < 0 && zoom <= Camera::kMinZoom) ||
+        (direction > 0 && zoom >= Camera::kMaxZoom)) {
+        return;
+    }
+    // The point under the mouse stays where it is.
+    const math::Vec2 anchor = camera.GUIToWorld(position);
+    camera.SetZoom(zoom * std::pow(2.0f, static_cast<float>(direction) * zoomFactor->Get()));
+    camera.Translate(position - camera.WorldToGUI(anchor));
+}
+
+void AppGUI::ToggleRunning() {
+    physics::Simulation& sim = physics::Simulation::Get();
+    if (sim.running->Get()) {
+        sim.running->SetNative(false);
+        return;
+    }
+    // The start is a step of its own, so that a run can be undone.
+    Undoer::Get().Do(ActionPtr(new SimStart("UndoSimStart")));
+}
+
+void AppGUI::PasteAt(const math::Vec2& world) {
+    const util::String text = os::GetClipboardText();
+    if (text.empty()) {
+        return;
+    }
+    Scene& scene = Scene::Get();
+    const SnapshotPtr before(new app::Snapshot());
+    try {
+        const GroupPtr pasted = Serializer::Get().Deserialize(text);
+        if (!pasted || pasted->empty()) {
+            return;
+        }
+        const math::BoundingBox2f box = pasted->GetBoundingBox();
+        if (!box.IsEmpty() && box.IsFinite()) {
+            scene.TransformEntities(*pasted,
+                                    physics::Transform::FromAngle(0, world - box.Centre()));
+        }
+        scene.GetSelection()->Clear();
+        scene.GetSelection()->Add(*pasted);
+        Undoer::Get().AddSnapshotStep(before, "UndoCodePaste");
+    } catch (const std::exception& e) {
+        before->Restore();
+        Log(logging::Warning, "An error occurred while pasting: " + util::String(e.what()));
+    }
+}
+
+void AppGUI::GroupSelection() {
+    Scene& scene = Scene::Get();
+    const GroupPtr& selection = scene.GetSelection();
+    if (selection->empty()) {
+        return;
+    }
+    const SnapshotPtr before(new app::Snapshot());
+    util::String name;
+    for (int i = 1; name.empty() || scene.GetGroup(name); ++i) {
+        name = "Group" + std::to_string(i);
+    }
+    scene.GetOrCreateGroup(name)->Add(*selection);
+    Undoer::Get().AddSnapshotStep(before, "UndoGroupAssignment");
+}
+
+void AppGUI::UngroupSelection() {
+    Scene& scene = Scene::Get();
+    const GroupPtr selection = scene.GetSelection();
+    if (selection->empty()) {
+        return;
+    }
+    const SnapshotPtr before(new app::Snapshot());
+    for (const GroupPtr& group :
+         std::vector<GroupPtr>(scene.GetGroups().begin(), scene.GetGroups().end())) {
+        if (group != selection && !group->GetName().empty()) {
+            group->Remove(*selection);
+        }
+    }
+    Undoer::Get().AddSnapshotStep(before, "UndoGroupRemoval");
+}
+
+void AppGUI::EraseSelection() {
+    const GroupPtr& selection = Scene::Get().GetSelection();
+    if (!selection->empty()) {
+        Undoer::Get().Do(ActionPtr(new EraseEntities("UndoErase", selection->GetEntities())));
+    }
+}
+
+void AppGUI::OnDragBegin(input::DragEvent& event) {
+    gui::Component::OnDragBegin(event);
+    Tools& tools = Tools::Get();
+    m_dragOverride = false;
+    if (!event.consumed && (event.key == kLeft || event.key == kRight)) {
+        // A drag that starts on the selection moves it (or pulls it, while running), and
+        // with the right button turns it, whatever the tool.
+        Scene& scene = Scene::Get();
+        const EntityPtr entity = scene.GetEntityAt(ToWorld(event.start));
+        if (entity && scene.GetSelection()->Contains(entity) && !tools.GetTemporaryTool()) {
+            ToolPtr takeOver;
+            if (event.key == kRight) {
+                takeOver = tools.Find<RotateTool>();
+            } else if (physics::Simulation::Get().running->Get()) {
+                takeOver = tools.Find<DragTool>();
+            } else {
+                takeOver = tools.Find<MoveTool>();
+            }
+            tools.SetOverrideTool(takeOver);
+            m_dragOverride = true;
+        }
+    }
+    GetTool().OnDragBegin(event);
+}
+
+void AppGUI::OnDrag(input::DragEvent& event) {
+    gui::Component::OnDrag(event);
+    if (!m_dragOverride && !IsMouseDown(kLeft) && (IsMouseDown(kMiddle) || IsMouseDown(kRight))) {
+        // Each motion of the middle or right button is one small drag of the pan tool.
+        const ToolPtr pan = Tools::Get().Find<PanTool>();
+        if (pan && !event.consumed) {
+            input::DragEvent step = event;
+            step.key = kLeft;
+            pan->OnDragBegin(step);
+            step.consumed = false;
+            pan->OnDrag(step);
+            step.consumed = false;
+            pan->OnDragEnd(step);
+            event.consumed = true;
+            return;
+        }
+    }
+    GetTool().OnDrag(event);
+}
+
+void AppGUI::OnDragEnd(input::DragEvent& event) {
+    gui::Component::OnDragEnd(event);
+    GetTool().OnDragEnd(event);
+    if (m_dragOverride) {
+        Tools::Get().SetOverrideTool(ToolPtr());
+        m_dragOverride = false;
+    }
+}
+
+void AppGUI::OnClick(input::ClickEvent& event) {
+    gui::Component::OnClick(event);
+    GetTool().OnClick(event);
+    if (event.consumed) {
+        return;
+    }
+    Scene& scene = Scene::Get();
+    const math::Vec2 world = ToWorld(event.position);
+    const bool left = event.key == kLeft;
+    if (event.key == kRight || (left && event.clicks == 2) || (left && leftClickMenus->Get())) {
+        const EntityPtr entity = scene.GetEntityAt(world);
+        if (entity && !scene.GetSelection()->Contains(entity)) {
+            scene.GetSelection()->Clear();
+            scene.SelectAt(world);
+        }
+        OpenPopupMenu(event.position);
+        event.consumed = true;
+        return;
+    }
+    if (left && event.clicks == 1) {
+        if (scene.GetEntityAt(world)) {
+            scene.SelectAt(world);
+        } else {
+            scene.GetSelection()->Clear();
+        }
+    }
+}
+
+void AppGUI::MakeSnapshotAction() {
+    Undoer::Get().Do(
+        ActionPtr(new SnapshotAction("UndoSnapshot", SnapshotPtr(new app::Snapshot()))));
+}
+
 util::String AppGUI::NormaliseScenePath(util::String path) {
     if (!util::EndsWithIgnoreCase(path, ".vra")) {
         path += ".vra";
@@ -79,6 +462,7 @@ void AppGUI::LoadScene(util::String path, bool internal) {
     std::replace(path.begin(), path.end(), '\\', '/');
     if (!internal) {
         FileInfo::Get().SetFileName(path);
+        ClosePopups();
     }
     path = NormaliseScenePath(path);
     physics::Simulation::Get().running->SetNative(false);
@@ -86,18 +470,28 @@ void AppGUI::LoadScene(util::String path, bool internal) {
 }
 
 void AppGUI::SaveSceneAs(util::String path, bool internal) {
+    FileInfo& info = FileInfo::Get();
+    // The file the user works on stays his own whatever an internal save writes.
+    const util::String userFile = info.GetFileName();
     try {
         if (!internal) {
-            FileInfo::Get().SetFileName(path);
+            info.SetFileName(path);
+            ClosePopups();
         }
         path = NormaliseScenePath(path);
-        if (Serializer::Get().Save(path) && !internal) {
+        const bool saved = Serializer::Get().Save(path);
+        if (internal) {
+            info.SetFileName(userFile);
+        } else if (saved) {
             Log(logging::Info, "Scene saved to " + path);
         }
     } catch (const std::exception& e) {
         Log(logging::Debug, "Error: " + util::String(e.what()) + "\n" + VORRA_LOCATION + "\n");
     } catch (...) {
         Log(logging::Debug, "Fail\n");
+    }
+    if (internal) {
+        info.SetFileName(userFile);
     }
 }
 

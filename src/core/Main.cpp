@@ -11,10 +11,12 @@
 #include "app/InputControls.h"
 #include "app/Scene.h"
 #include "app/Serializer.h"
+#include "app/tools/Tools.h"
 #include "core/ResourceManager.h"
 #include "core/Subsystem.h"
 #include "gui/Console.h"
 #include "gui/GUI.h"
+#include "input/Input.h"
 #include "logging/Logger.h"
 #include "os/OS.h"
 #include "physics/SPH.h"
@@ -131,9 +133,21 @@ int RunProgram(int argc, char** argv) {
     gui.GetMainLayer()->Add(gui::ComponentPtr(application));
     script::AddToRoot(script::ReflectedPtr(gui.GetConsole()));
     script::AddToRoot(application);
+    script::AddToRoot(script::ReflectedPtr(application->GetAppGUI()));
+    app::Tools::Create();
     script::AddToRoot(script::ReflectedPtr(application->GetBackground()));
     script::AddToRoot(&app::Scene::Get());
     app::Serializer::Get();
+    // The tools read shift, ctrl and alt as the system reports them.
+    app::Scene::Get().SetModifierSource([] {
+        const input::Input& input = input::Input::Get();
+        app::Modifiers keys;
+        keys.shift = input.IsModifierDown(input::kShift);
+        keys.ctrl = input.IsModifierDown(input::kCtrl);
+        keys.alt = input.IsModifierDown(input::kAlt);
+        return keys;
+    });
+    subsystem.SetExitGuard([] { return !app::App::Get().GetAppGUI()->trapUser->Get(); });
     // Key bindings of the configuration and the controls of loaded scenes need the keys.
     app::InputControls::Install();
     RenameOldSceneFiles();
@@ -161,6 +175,7 @@ int RunProgram(int argc, char** argv) {
     Log(logging::Debug, "Destroying subsystem");
     app::InputControls::Uninstall();
     script::Parser::Release();
+    app::Tools::Release();
     // The GUI's tree holds the application from here on, and goes with the subsystem.
     app::App::Release();
     core::Subsystem::Release();

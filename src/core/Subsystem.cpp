@@ -306,14 +306,18 @@ void Subsystem::CreateWindow(WindowParams params) {
 }
 
 void Subsystem::RequestExit() {
-    // Refused while the application traps the user, once the application root exists.
-    m_exitRequested = true;
+    if (IsExitAllowed()) {
+        m_exitRequested = true;
+    }
 }
 
 void Subsystem::OnGeneralEvent(input::InputEvent& event) {
     if (event.kind == input::InputEvent::Kind::Quit) {
-        RequestExit();
-        event.consumed = true;
+        // A trapped user's quit stays unconsumed, for whoever else listens.
+        if (IsExitAllowed()) {
+            RequestExit();
+            event.consumed = true;
+        }
     } else if (event.kind == input::InputEvent::Kind::Resized) {
         WindowParams params = m_currentParams;
         params.resolution.x = event.width;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include "core/WindowParams.h"
 #include "input/InputListener.h"
 #include "script/Attributes.h"
@@ -32,8 +34,11 @@ public:
     void SetCaption(const util::String& caption);
     const util::String& GetCaption() const { return m_caption; }
 
-    // The "exit" command: the loop ends at its next exit test.
+    // The "exit" command: the loop ends at its next exit test, unless the guard refuses.
     void RequestExit();
+    // Asked before every exit; the application traps the user with it.
+    void SetExitGuard(std::function<bool()> allowed) { m_exitAllowed = std::move(allowed); }
+    bool IsExitAllowed() const { return !m_exitAllowed || m_exitAllowed(); }
     bool IsExitRequested() const { return m_exitRequested; }
     // Quit and resize events.
     void OnGeneralEvent(input::InputEvent& event) override;
@@ -84,6 +89,7 @@ private:
     double m_measuringStart = 0;
     double m_framesPerSecond = 0;
     bool m_exitRequested = false;
+    std::function<bool()> m_exitAllowed;
     bool m_screenshotRequested = false;
     WindowParams m_currentParams;
     WindowParams m_requestedParams;

@@ -181,15 +181,16 @@ void Component::Remove(const ComponentPtr& child) {
     if (it == m_children.end()) {
         return;
     }
-    // The removal may drop the last strong reference: keep the child until it is done.
+    // The removal may drop the last strong reference, and the argument may be the very
+    // element erased: keep the child until it is done, and use only the copy.
     const ComponentPtr keep = child;
     m_children.erase(it);
-    input::InputDelegator::Remove(input::InputListenerWeakPtr(child.Get()));
-    if (script::VariablePtr variable = FindVariable(child.Get())) {
+    input::InputDelegator::Remove(input::InputListenerWeakPtr(keep.Get()));
+    if (script::VariablePtr variable = FindVariable(keep.Get())) {
         RemoveVariable(variable->GetName());
     }
-    child->m_parent = nullptr;
-    child->ClearMouseOver();
+    keep->m_parent = nullptr;
+    keep->ClearMouseOver();
     Invalidate();
 }
 

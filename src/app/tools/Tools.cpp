@@ -1,5 +1,6 @@
 #include "app/tools/Tools.h"
 
+#include "app/Scene.h"
 #include "app/tools/BoxTool.h"
 #include "app/tools/BrushTool.h"
 #include "app/tools/ChainTool.h"
@@ -32,6 +33,11 @@ Tools::Tools() : input::InputListener("Tools") {
               {'n', Find<ChainTool>()}, {'s', Find<SpringTool>()}, {'f', Find<FixJointTool>()},
               {'h', Find<HingeTool>()}, {'e', Find<PenTool>()},    {'r', Find<ScaleTool>()}};
     m_base = Find<SketchTool>();
+    Scene::Get().GetOnClear().Add(util::MakeCallback(this, &Tools::CancelTool));
+}
+
+void Tools::CancelTool() {
+    GetTool()->Cancel();
 }
 
 Tools::~Tools() = default;

@@ -47,6 +47,9 @@ public:
     ToolPtr GetToolForKey(input::SDLKey key) const;
 
 private:
+    // A clear of the scene drops the gesture in progress first.
+    void CancelTool();
+
     std::vector<ToolPtr> m_tools;
     std::vector<std::pair<input::SDLKey, ToolPtr>> m_keys;
     ToolPtr m_base;
