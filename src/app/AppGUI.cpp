@@ -17,6 +17,8 @@
 #include "app/tools/RotateTool.h"
 #include "app/tools/Tools.h"
 #include "app/widgets/Widget.h"
+#include "app/widgets/WidgetFactory.h"
+#include "app/widgets/Window.h"
 #include "core/Subsystem.h"
 #include "input/Input.h"
 #include "input/KeyCodes.h"
@@ -57,17 +59,6 @@ bool IsWaterAt(const math::Vec2& world) {
     return false;
 }
 
-// Until the widget factory lands.
-struct WidgetFactory {
-    static gui::ComponentPtr MakePopupMenu(const util::String& name, const GroupPtr&) {
-        return gui::ComponentPtr(new Widget(name));
-    }
-    static gui::ComponentPtr MakeSavePopup() { return gui::ComponentPtr(new Widget("Save")); }
-    static gui::ComponentPtr MakeLoadPopup() { return gui::ComponentPtr(new Widget("Load")); }
-    static void PlaceNear(gui::Component& popup, const math::Vec2& at, const math::Vec2&) {
-        popup.SetPosition(at);
-    }
-};
 
 }  // namespace
 
@@ -81,6 +72,7 @@ AppGUI::AppGUI() : gui::Component("AppGUI") {
     AddAttrib(trapUser, "trapUser", false);
     AddAttrib(simpleMode, "simpleMode", false);
     m_popupLayer = gui::ComponentPtr(new gui::Component("PopupLayer"));
+    m_popupLayer->SetPassesMouseThrough(true);
     Add(m_popupLayer);
     m_lastAutosave = util::Clock::Seconds();
 }
@@ -126,15 +118,31 @@ void AppGUI::ShowPopup(const gui::ComponentPtr& popup) {
     Add(m_popupLayer);
 }
 
+void AppGUI::ShowCentred(const WindowPtr& popup) {
+    popup->PlaceNear((GetSize() - popup->GetOuterSize()) * 0.5f);
+    ShowPopup(gui::ComponentPtr(popup));
+}
+
+void AppGUI::SetUpWidgets() {
+    if (const gui::ComponentPtr old = FindWidget(WidgetFactory::kToolbar)) {
+        Remove(old);
+    }
+    const WindowPtr toolbar = WidgetFactory::Get().MakeToolbar();
+    Add(gui::ComponentPtr(toolbar));
+    // The popups stay above the widgets.
+    Remove(m_popupLayer);
+    Add(m_popupLayer);
+}
+
 void AppGUI::OpenPopupMenu(const math::Vec2& position) {
     const Scene& scene = Scene::Get();
     util::String menu = "EntityOptions";
     if (scene.GetSelection()->empty()) {
         menu = IsWaterAt(ToWorld(position)) ? "WaterMenu" : "BackgroundMenu";
     }
-    const gui::ComponentPtr popup = WidgetFactory::MakePopupMenu(menu, scene.GetSelection());
-    WidgetFactory::PlaceNear(*popup, position, GetSize());
-    ShowPopup(popup);
+    const WindowPtr popup = WidgetFactory::Get().MakeMenu(menu, scene.GetSelection());
+    popup->PlaceNear(position);
+    ShowPopup(gui::ComponentPtr(popup));
 }
 
 void AppGUI::Update(float dt) {
@@ -221,15 +229,11 @@ bool AppGUI::HandleGlobalKey(const input::KeyEvent& event) {
         }
             return true;
         case 's': {
-            const gui::ComponentPtr popup = WidgetFactory::MakeSavePopup();
-            WidgetFactory::PlaceNear(*popup, GetSize() * 0.5f, GetSize());
-            ShowPopup(popup);
+            ShowCentred(WidgetFactory::Get().MakeSavePopup());
             return true;
         }
         case 'o': {
-            const gui::ComponentPtr popup = WidgetFactory::MakeLoadPopup();
-            WidgetFactory::PlaceNear(*popup, GetSize() * 0.5f, GetSize());
-            ShowPopup(popup);
+            ShowCentred(WidgetFactory::Get().MakeLoadPopup());
             return true;
         }
         case 'n': {

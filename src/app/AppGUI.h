@@ -11,6 +11,7 @@ namespace app {
 class AppGUI;
 using AppGUIPtr = util::SharedPtr<AppGUI>;
 class Tool;
+class Window;
 
 // The application's interface over the scene, covering the whole window: it holds the
 // widgets and the popup layer, gives the mouse to the tool in force where no widget used
@@ -48,6 +49,8 @@ public:
     // Closes the other popups, and shows this one above everything else of the interface.
     void ShowPopup(const gui::ComponentPtr& popup);
     const gui::ComponentPtr& GetPopupLayer() const { return m_popupLayer; }
+    // Makes the widgets afresh: the toolbar at the left edge.
+    void SetUpWidgets();
     // The menu for what lies at the GUI point: the selection's, the water's or the
     // background's.
     void OpenPopupMenu(const math::Vec2& position);
@@ -82,6 +85,7 @@ private:
     void GroupSelection();
     void UngroupSelection();
     void EraseSelection();
+    void ShowCentred(const util::SharedPtr<Window>& popup);
     // The tool that gets the mouse: the temporary, the override, else the base tool.
     Tool& GetTool() const;
 

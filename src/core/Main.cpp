@@ -9,6 +9,7 @@
 #include "app/App.h"
 #include "app/Background.h"
 #include "app/InputControls.h"
+#include "app/Language.h"
 #include "app/Scene.h"
 #include "app/Serializer.h"
 #include "app/tools/Tools.h"
@@ -160,6 +161,9 @@ int RunProgram(int argc, char** argv) {
                                 util::String(reinterpret_cast<const char*>(extensions)));
     }
     core::ResourceManager::Get().Prefetch();
+    // The language the configuration chose, then the windows that show its texts.
+    app::Language::Get();
+    application->GetAppGUI()->SetUpWidgets();
     LoadFirstScene(argc, argv);
 
     Log(logging::Info, "Running program...");
@@ -176,6 +180,7 @@ int RunProgram(int argc, char** argv) {
     app::InputControls::Uninstall();
     script::Parser::Release();
     app::Tools::Release();
+    app::Language::Release();
     // The GUI's tree holds the application from here on, and goes with the subsystem.
     app::App::Release();
     core::Subsystem::Release();

@@ -87,6 +87,9 @@ public:
     bool GetRelayoutParent() const { return m_relayoutParent; }
     void SetRelayoutParent(bool on) { m_relayoutParent = on; }
     bool HasFixedPosition() const { return m_fixedPosition; }
+    // A layer over others: the mouse is on it only where it is on one of its children.
+    bool PassesMouseThrough() const { return m_passesMouseThrough; }
+    void SetPassesMouseThrough(bool passes) { m_passesMouseThrough = passes; }
     void SetFixedPosition(bool fixed) { m_fixedPosition = fixed; }
     bool IsLayoutDirty() const { return m_layoutDirty; }
 
@@ -126,6 +129,7 @@ private:
     BorderPtr m_border;
     LayoutPtr m_layout;
     bool m_fixedPosition = false;
+    bool m_passesMouseThrough = false;
     math::Colour m_color{1, 1, 1, 1};
     bool m_layoutDirty = false;
     ComponentPtr m_tooltip;

@@ -92,6 +92,7 @@ void GUI::SetUpLayers() {
     m_console = ConsolePtr(new Console());
     m_tooltipLayer = ComponentPtr(new Component("tooltipLayer"));
     m_tooltipLayer->SetFixedPosition(true);
+    m_tooltipLayer->SetPassesMouseThrough(true);
     m_root->Add(m_mainLayer);
     m_root->Add(ComponentPtr(m_console));
     m_root->Add(m_tooltipLayer);
@@ -162,7 +163,8 @@ bool MarkMouseOver(Component& component, const math::Vec2& point, bool parentOve
             childOver = true;
         }
     }
-    return component.IsMouseOver() || childOver;
+    // A layer that only holds others keeps the mouse only where one of them lies.
+    return (component.IsMouseOver() && !component.PassesMouseThrough()) || childOver;
 }
 
 }  // namespace

@@ -171,9 +171,11 @@ void FixJointEntity::Split() {
         return part.empty() || (part.size() == 1 && part.count(ground));
     };
     if (isEmpty(part0) && isEmpty(part1)) {
-        CODE_ASSERT(body->GetID() != 0);
-        body->SetGeoms(physics::GeomSet());
-        sim.RemoveBody(body);
+        // Both shapes went before the joint (a clear does that); the ground body stays.
+        if (body != sim.GetWorldBody()) {
+            body->SetGeoms(physics::GeomSet());
+            sim.RemoveBody(body);
+        }
         return;
     }
     if (part0 == part1) {

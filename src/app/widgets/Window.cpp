@@ -1,0 +1,296 @@
+#include "app/widgets/Window.h"
+
+#include <GL/glew.h>
+
+#include <algorithm>
+
+#include "app/Language.h"
+#include "app/widgets/Tooltip.h"
+#include "gui/Button.h"
+#include "gui/LookAndFeel.h"
+#include "gui/Primitives.h"
+#include "input/KeyCodes.h"
+
+namespace app {
+namespace {
+
+// Between the title and the buttons, and between the buttons.
+constexpr float kTitleGap = 12;
+constexpr float kButtonGap = 4;
+
+const math::Colour kWhite(1, 1, 1, 1);
+
+}  // namespace
+
+gui::BorderPtr WindowStyle::MarginBorder(float thickness) {
+    return gui::BorderPtr(
+        new gui::SimpleBorder(thickness, math::Colour(0, 0, 0, 0), math::Colour(0, 0, 0, 0)));
+}
+
+// TitleButton.
+
+TitleButton::TitleButton(Symbol symbol) : gui::AbstractButton("TitleButton"), m_symbol(symbol) {
+    SetSize(WindowStyle::kTitleButton, WindowStyle::kTitleButton);
+}
+
+TitleButton::~TitleButton() = default;
+
+void TitleButton::DrawComp() {
+    gui::Component::DrawComp();
+    gui::ColorScope color(GetColor());
+    const gui::LookAndFeel& look = gui::LookAndFeel::Get();
+    const math::Vec2 size = GetOuterSize();
+    // Closing is the one that loses something: it warns in red under the mouse.
+    const math::Colour hover =
+        m_symbol == Symbol::Close ? math::Colour(0.8f, 0.25f, 0.2f, 1) : look.GetHoverColor();
+    if (IsPressed()) {
+        gui::FillRect(0, 0, size.x, size.y, look.GetPressedColor());
+    } else if (IsMouseOver()) {
+        gui::FillRect(0, 0, size.x, size.y, hover);
+    }
+    const float s = size.x;
+    switch (m_symbol) {
+        case Symbol::Minimise:
+            gui::FillRect(s * 0.25f, s * 0.62f, s * 0.5f, 2, kWhite);
+            break;
+        case Symbol::Restore:
+            gui::FrameRect(s * 0.25f, s * 0.25f, s * 0.5f, s * 0.5f, 1.5f, kWhite);
+            gui::FillRect(s * 0.25f, s * 0.25f, s * 0.5f, 2.5f, kWhite);
+            break;
+        case Symbol::Close: {
+            gui::ColorScope white(kWhite);
+            glDisable(GL_TEXTURE_2D);
+            glLineWidth(2);
+            glBegin(GL_LINES);
+            glVertex2f(s * 0.28f, s * 0.28f);
+            glVertex2f(s * 0.72f, s * 0.72f);
+            glVertex2f(s * 0.72f, s * 0.28f);
+            glVertex2f(s * 0.28f, s * 0.72f);
+            glEnd();
+            glLineWidth(1);
+            break;
+        }
+    }
+}
+
+// TitleBar.
+
+TitleBar::TitleBar(const util::String& title)
+    : gui::Component("TitleBar"),
+      m_title(new gui::Label(title, gui::LookAndFeel::Get().GetTitleFont())),
+      m_minimise(new TitleButton(TitleButton::Symbol::Minimise)),
+      m_close(new TitleButton(TitleButton::Symbol::Close)) {
+    const Language& language = Language::Get();
+    m_minimise->SetTooltip(MakeTooltip(language.Translate("Minimise_Tooltip")));
+    m_close->SetTooltip(MakeTooltip(language.Translate("Close_Tooltip")));
+    Add(gui::ComponentPtr(m_title));
+    Add(gui::ComponentPtr(m_minimise));
+    Add(gui::ComponentPtr(m_close));
+}
+
+TitleBar::~TitleBar() = default;
+
+void TitleBar::SetMinimisable(bool on) {
+    if (on) {
+        Add(gui::ComponentPtr(m_minimise));
+    } else {
+        Remove(gui::ComponentPtr(m_minimise));
+    }
+}
+
+void TitleBar::SetClosable(bool on) {
+    if (on) {
+        Add(gui::ComponentPtr(m_close));
+    } else {
+        Remove(gui::ComponentPtr(m_close));
+    }
+}
+
+float TitleBar::GetNaturalWidth() const {
+    float width = 2 * WindowStyle::kTitlePadding + m_title->GetOuterSize().x;
+    float buttons = 0;
+    for (const gui::ComponentPtr& child : GetChildren()) {
+        if (child != m_title) {
+            buttons += child->GetOuterSize().x + (buttons > 0 ? kButtonGap : 0);
+        }
+    }
+    if (buttons > 0) {
+        width += buttons + (m_title->GetText().empty() ? 0 : kTitleGap);
+    }
+    return width;
+}
+
+void TitleBar::DoLayout() {
+    if (m_inLayout) {
+        return;
+    }
+    m_inLayout = true;
+    const math::Vec2 size = GetSize();
+    const math::Vec2 title = m_title->GetOuterSize();
+    m_title->SetPosition(WindowStyle::kTitlePadding, std::max(0.0f, (size.y - title.y) / 2));
+    // The buttons from the right edge inwards: close outermost.
+    float right = size.x - WindowStyle::kTitlePadding;
+    for (const TitleButtonPtr& button : {m_close, m_minimise}) {
+        if (button->GetParent() != this) {
+            continue;
+        }
+        const math::Vec2 outer = button->GetOuterSize();
+        right -= outer.x;
+        button->SetPosition(right, std::max(0.0f, (size.y - outer.y) / 2));
+        right -= kButtonGap;
+    }
+    m_inLayout = false;
+}
+
+void TitleBar::DrawComp() {
+    gui::ColorScope color(GetColor());
+    const math::Vec2 size = GetOuterSize();
+    gui::FillRect(0, 0, size.x, size.y, WindowStyle::TitleColor());
+    gui::FillRect(0, size.y - 1, size.x, 1, WindowStyle::TitleLineColor());
+    // A bar without a title shows that it can be taken hold of.
+    if (m_title->GetText().empty()) {
+        const float dot = 2;
+        const float left = WindowStyle::kTitlePadding + 1;
+        const float top = size.y / 2 - 2 * dot;
+        for (int row = 0; row < 2; ++row) {
+            for (int column = 0; column < 3; ++column) {
+                gui::FillRect(left + static_cast<float>(column) * 2 * dot,
+                              top + static_cast<float>(row) * 2 * dot + dot / 2, dot, dot,
+                              WindowStyle::TitleLineColor());
+            }
+        }
+    }
+    DrawChildren();
+}
+
+// ButtonRow.
+
+ButtonRow::ButtonRow(float width) : gui::Component("ButtonRow"), m_width(width) {
+    DoLayout();
+}
+
+ButtonRow::~ButtonRow() = default;
+
+void ButtonRow::AddButton(const gui::ComponentPtr& button) {
+    if (auto* text = dynamic_cast<gui::Button*>(button.Get())) {
+        const math::Vec2 size = text->GetSize();
+        text->SetFixedSize(std::max(size.x, kMinButtonWidth), size.y);
+    }
+    Add(button);
+}
+
+void ButtonRow::DoLayout() {
+    if (m_inLayout) {
+        return;
+    }
+    m_inLayout = true;
+    float total = 0;
+    float height = 0;
+    for (const gui::ComponentPtr& child : GetChildren()) {
+        const math::Vec2 outer = child->GetOuterSize();
+        total += outer.x + (total > 0 ? WindowStyle::kSpacing : 0);
+        height = std::max(height, outer.y);
+    }
+    const float width = std::max(m_width, total);
+    float x = width - total;
+    for (const gui::ComponentPtr& child : GetChildren()) {
+        const math::Vec2 outer = child->GetOuterSize();
+        child->SetPosition(x, (height - outer.y) / 2);
+        x += outer.x + WindowStyle::kSpacing;
+    }
+    SetSize(width, height);
+    m_inLayout = false;
+}
+
+// Window.
+
+Window::Window(const util::String& name, const util::String& title, Kind kind)
+    : Widget(name),
+      m_kind(kind),
+      m_titleBar(new TitleBar(title)),
+      m_body(new gui::Component("Body")) {
+    SetUsesLookAndFeel(true);
+    m_body->SetBorder(WindowStyle::MarginBorder());
+    const util::WeakPtr<util::Pointee> self(this);
+    m_titleBar->GetCloseButton()->GetOnClick().Add(self, [this]() { Close(); });
+    m_titleBar->GetMinimiseButton()->GetOnClick().Add(self, [this]() { ToggleMinimised(); });
+    // A popup is gone when it has done its errand; there is nothing to fold.
+    if (IsPopup()) {
+        m_titleBar->SetMinimisable(false);
+        SetWobble(false);
+    }
+    Add(gui::ComponentPtr(m_titleBar));
+    Add(m_body);
+}
+
+Window::~Window() = default;
+
+void Window::SetTitle(const util::String& title) {
+    m_titleBar->GetTitleLabel()->SetText(title);
+    DoLayout();
+}
+
+gui::BorderPtr Window::GetLookBorder() const {
+    return gui::LookAndFeel::Get().GetWindowBorder();
+}
+
+void Window::DoLayout() {
+    if (m_inLayout) {
+        return;
+    }
+    m_inLayout = true;
+    const gui::LabelPtr& title = m_titleBar->GetTitleLabel();
+    const float titleHeight = std::max(title->GetOuterSize().y, WindowStyle::kTitleButton) +
+                              2 * WindowStyle::kTitlePadding;
+    const bool folded = IsMinimised();
+    const math::Vec2 body = folded ? math::Vec2(0, 0) : m_body->GetOuterSize();
+    const float width = std::max(m_titleBar->GetNaturalWidth(), body.x);
+    m_titleBar->SetPosition(0, 0);
+    m_titleBar->SetSize(width, titleHeight);
+    if (!folded) {
+        m_body->SetPosition(0, titleHeight);
+    }
+    SetSize(width, titleHeight + body.y);
+    m_inLayout = false;
+}
+
+void Window::ChildChanged() {
+    DoLayout();
+}
+
+bool Window::IsGrip(const math::Vec2& local) const {
+    // The title bar and the frame above it.
+    const float bottom =
+        GetBorderOffset().y + m_titleBar->GetPosition().y + m_titleBar->GetOuterSize().y;
+    return local.y < bottom;
+}
+
+void Window::MinimisedChanged() {
+    if (IsMinimised()) {
+        Remove(m_body);
+    } else {
+        Add(m_body);
+    }
+    m_titleBar->GetMinimiseButton()->SetSymbol(IsMinimised() ? TitleButton::Symbol::Restore
+                                                             : TitleButton::Symbol::Minimise);
+    DoLayout();
+}
+
+void Window::OnKey(input::KeyEvent& event) {
+    Widget::OnKey(event);
+    if (IsPopup() && event.down && !event.consumed && event.key == input::key::Escape) {
+        event.consumed = true;
+        Close();
+    }
+}
+
+void Window::OnBackgroundClick(const input::ClickEvent& event) {
+    // A double click on the title bar folds the window as its button does.
+    if (event.clicks == 2 && event.key == input::MouseKey(input::kMouseLeft) &&
+        m_titleBar->GetMinimiseButton()->GetParent() == m_titleBar.Get() &&
+        IsGrip(ToLocal(event.position))) {
+        ToggleMinimised();
+    }
+}
+
+}  // namespace app
