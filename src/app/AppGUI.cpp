@@ -59,7 +59,6 @@ bool IsWaterAt(const math::Vec2& world) {
     return false;
 }
 
-
 }  // namespace
 
 AppGUI::AppGUI() : gui::Component("AppGUI") {

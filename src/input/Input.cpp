@@ -308,9 +308,13 @@ KeyEvent Input::FireKey(SDLKey key, bool down, char character) {
     event.key = key;
     event.down = down;
     event.character = character;
-    event.alt = IsModifierDown(kAlt);
-    event.ctrl = IsModifierDown(kCtrl);
-    event.shift = IsModifierDown(kShift);
+    // The modifiers as the keys before this one left them: the system's present state may
+    // already hold the release of a modifier that comes later in the queue, as a fast
+    // Ctrl+S does.
+    const auto held = [this](SDLKey a, SDLKey b) { return IsKeyDown(a) || IsKeyDown(b); };
+    event.alt = held(key::LAlt, key::RAlt);
+    event.ctrl = held(key::LCtrl, key::RCtrl);
+    event.shift = held(key::LShift, key::RShift);
     event.position = m_mousePosition;
     const KeyEvent fired = event;
     OnKey(event);

@@ -41,6 +41,10 @@ ExpressionPtr Variable::ToExpression() const {
     if (const ClassObject* object = dynamic_cast<const ClassObject*>(m_value.Get())) {
         return object->ToExpression();
     }
+    // A constant value could never be assigned back: printing it would only make a warning.
+    if (m_constant) {
+        return nullptr;
+    }
     const ClassObject* owner = m_owner.Get();
     const IdentifierPtr target(
         new Identifier(owner ? ExpressionPtr(owner->GetIdentifier()) : nullptr, m_name));

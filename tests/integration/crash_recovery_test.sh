@@ -28,7 +28,7 @@ wait "$pid" 2>/dev/null
 [ -f "$work/config.autosave.cfg" ] || fail "no config.autosave.cfg after the autosave time"
 [ -f "$scenes/_AUTOSAVE.vra" ] || fail "no _AUTOSAVE.vra after the autosave time"
 expect_text "$work/config.autosave.cfg" "App.lineWidth = 3.5;"
-expect_text "$scenes/_AUTOSAVE.vra" "Sim.gravity = [0.0, -3.0];"
+expect_text "$scenes/_AUTOSAVE.vra" "Sim.gravity = [0, -3];"
 cmp -s "$scenes/bridge.vra" "$work/mine.vra" || fail "the autosave wrote into the user's file"
 
 # The next start recovers both, and a normal exit leaves them behind it.
@@ -38,7 +38,7 @@ expect_text "$log" "Recovering config.autosave.cfg from previous crash"
 [ "$(grep "Loaded scene " "$log" | tail -n 1 | sed 's/.*Loaded scene //')" = "$scenes/_AUTOSAVE.vra" ] ||
   fail "the recovery run did not load the autosave"
 expect_text "$work/config.cfg" "App.lineWidth = 3.5;"
-expect_text "$scenes/_ONEXITSAVE.vra" "Sim.gravity = [0.0, -3.0];"
+expect_text "$scenes/_ONEXITSAVE.vra" "Sim.gravity = [0, -3];"
 [ -e "$work/config.autosave.cfg" ] && fail "config.autosave.cfg survived a normal exit"
 [ -e "$scenes/_AUTOSAVE.vra" ] && fail "_AUTOSAVE.vra survived a normal exit"
 echo PASS

@@ -14,8 +14,8 @@ scenes="$work/scenes"
 cat >"$work/config.cfg" <<'CFG'
 System.resolution = [800, 600];
 CFG
-# An empty scene, the view 150 pixels a unit with the origin in the window's middle.
-printf 'FileInfo.version = 2;\nScene.Camera.pan = [0.0, 0.0];\nScene.Camera.zoom = 150.0;\n' \
+# An empty, paused scene, the view 150 pixels a unit with the origin in the window's middle.
+printf 'FileInfo.version = 2;\nSim.running = false;\nScene.Camera.pan = [0.0, 0.0];\nScene.Camera.zoom = 150.0;\n' \
   >"$work/empty.vra"
 
 start_program "$log" "$work/empty.vra"
@@ -47,7 +47,10 @@ save_as() {
   sleep 0.3
   xdotool type --delay 30 "$1"
   xdotool key Return
-  sleep 0.5
+  for _ in $(seq 1 50); do
+    [ -f "$scenes/$1.vra" ] && break
+    sleep 0.1
+  done
   [ -f "$scenes/$1.vra" ] || fail "Ctrl+S and \"$1\" saved no scenes/$1.vra"
 }
 count() {
@@ -65,7 +68,7 @@ save_as stage1
 
 # A small circle near the polygon's right edge: a hinge, about which it will swing down.
 # shellcheck disable=SC2046
-stroke $(circle 470 300 14)
+stroke $(circle 460 300 30)
 save_as stage2
 [ "$(count Polygon stage2)" -eq 1 ] || fail "the small circle changed the polygons"
 [ "$(count Hinge stage2)" -eq 1 ] || fail "the small circle made no hinge"
