@@ -23,11 +23,10 @@ ChainTool::~ChainTool() = default;
 
 void ChainTool::OnDragBegin(input::DragEvent& event) {
     Tool::OnDragBegin(event);
-    if (event.consumed || !IsLeft(event.key)) {
+    math::Vec2 start;
+    if (!BeginGesture(event, start)) {
         return;
     }
-    Cancel();
-    const math::Vec2 start = ToWorld(event.start);
     // Fixed for the whole drag, so that a zoom meanwhile does not mix link sizes.
     const float radius = kLinkRadiusInches * InchInWorld();
     if (!IsUsablePoint(start) || !(radius > 0) || !math::IsFinite(radius)) {
@@ -52,14 +51,9 @@ void ChainTool::OnDrag(input::DragEvent& event) {
 
 void ChainTool::OnDragEnd(input::DragEvent& event) {
     Tool::OnDragEnd(event);
-    if (!IsDrawing()) {
+    if (!EndGesture(event)) {
         return;
     }
-    if (event.consumed) {
-        Cancel();
-        return;
-    }
-    event.consumed = true;
     const math::Vec2 end = ToWorld(event.position);
     Grow(end);
     if (m_links == 0) {

@@ -71,12 +71,10 @@ ShapeDragTool::~ShapeDragTool() = default;
 
 void ShapeDragTool::OnDragBegin(input::DragEvent& event) {
     Tool::OnDragBegin(event);
-    if (event.consumed || !IsLeft(event.key)) {
+    math::Vec2 start;
+    if (!BeginGesture(event, start)) {
         return;
     }
-    // A new drag never inherits what an unfinished one left.
-    Cancel();
-    const math::Vec2 start = ToWorld(event.start);
     if (!IsUsablePoint(start)) {
         return;
     }
@@ -105,12 +103,7 @@ void ShapeDragTool::OnDrag(input::DragEvent& event) {
 
 void ShapeDragTool::OnDragEnd(input::DragEvent& event) {
     Tool::OnDragEnd(event);
-    if (!IsDrawing()) {
-        return;
-    }
-    // Someone else took the end of our gesture: it makes nothing.
-    if (event.consumed) {
-        Cancel();
+    if (!EndGesture(event)) {
         return;
     }
     m_mouseGui = event.position;
@@ -121,7 +114,6 @@ void ShapeDragTool::OnDragEnd(input::DragEvent& event) {
     }
     m_preview.Reset();
     SetDrawing(false);
-    event.consumed = true;
 }
 
 void ShapeDragTool::Draw(Painter& painter) {

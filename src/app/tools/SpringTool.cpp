@@ -16,11 +16,10 @@ SpringTool::~SpringTool() = default;
 
 void SpringTool::OnDragBegin(input::DragEvent& event) {
     Tool::OnDragBegin(event);
-    if (event.consumed || !IsLeft(event.key)) {
+    math::Vec2 start;
+    if (!BeginGesture(event, start)) {
         return;
     }
-    Cancel();
-    const math::Vec2 start = ToWorld(event.start);
     if (!IsUsablePoint(start)) {
         return;
     }
@@ -45,14 +44,9 @@ void SpringTool::OnDrag(input::DragEvent& event) {
 
 void SpringTool::OnDragEnd(input::DragEvent& event) {
     Tool::OnDragEnd(event);
-    if (!IsDrawing()) {
+    if (!EndGesture(event)) {
         return;
     }
-    if (event.consumed) {
-        Cancel();
-        return;
-    }
-    event.consumed = true;
     const math::Vec2 end = ToWorld(event.position);
     const physics::GeomPtr endGeom =
         IsUsablePoint(end) ? Scene::Get().GetGeomAt(end) : physics::GeomPtr();

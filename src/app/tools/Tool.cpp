@@ -18,6 +18,27 @@ void Tool::OnKey(input::KeyEvent& event) {
     }
 }
 
+bool Tool::BeginGesture(const input::DragEvent& event, math::Vec2& start) {
+    if (event.consumed || !IsLeft(event.key)) {
+        return false;
+    }
+    Cancel();
+    start = ToWorld(event.start);
+    return true;
+}
+
+bool Tool::EndGesture(input::DragEvent& event) {
+    if (!IsDrawing()) {
+        return false;
+    }
+    if (event.consumed) {
+        Cancel();
+        return false;
+    }
+    event.consumed = true;
+    return true;
+}
+
 math::Vec2 Tool::ToWorld(const math::Vec2& gui) {
     return Scene::Get().GetCamera().GUIToWorld(gui);
 }

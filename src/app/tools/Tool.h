@@ -1,5 +1,6 @@
 #pragma once
 
+#include "input/Events.h"
 #include "input/InputListener.h"
 #include "input/KeyCodes.h"
 #include "math/Vector2.h"
@@ -36,6 +37,12 @@ public:
     void SetDrawing(bool drawing) { m_drawing = drawing; }
 
 protected:
+    // The start of a left-button gesture that no one took: drops what an unfinished one
+    // left and gives the start in the world, or false.
+    bool BeginGesture(const input::DragEvent& event, math::Vec2& start);
+    // The end of the gesture in progress, taken here; a gesture whose end someone else took
+    // is cancelled. False when there is nothing to finish.
+    bool EndGesture(input::DragEvent& event);
     // A GUI position in the world, through the scene's camera.
     static math::Vec2 ToWorld(const math::Vec2& gui);
     static bool IsLeft(input::SDLKey key) { return key == input::MouseKey(input::kMouseLeft); }
