@@ -482,10 +482,7 @@ void AppGUI::SaveSceneAs(util::String path, bool internal) {
             ClosePopups();
         }
         path = NormaliseScenePath(path);
-        const bool saved = Serializer::Get().Save(path);
-        if (internal) {
-            info.SetFileName(userFile);
-        } else if (saved) {
+        if (Serializer::Get().Save(path) && !internal) {
             Log(logging::Info, "Scene saved to " + path);
         }
     } catch (const std::exception& e) {
