@@ -406,6 +406,8 @@ void App::DrawCollisions() const {
 
 void App::PrepareFirstRun() {
     m_firstRun = true;
+    // The windows open where they open by default, whatever a script said.
+    m_appGUI->ResetWidgetPlacements();
 }
 
 void App::OnExit() {

@@ -7,9 +7,12 @@
 #include "app/App.h"
 #include "app/Camera.h"
 #include "app/FileInfo.h"
+#include "app/Language.h"
+#include "app/PopupActions.h"
 #include "app/Scene.h"
 #include "app/Serializer.h"
 #include "app/Snapshot.h"
+#include "app/Thumbnail.h"
 #include "app/Undoer.h"
 #include "app/tools/DragTool.h"
 #include "app/tools/MoveTool.h"
@@ -32,6 +35,7 @@
 #include "util/FileSystem.h"
 #include "util/Profiler.h"
 #include "util/StringUtil.h"
+#include "util/Version.h"
 
 namespace app {
 
@@ -59,6 +63,16 @@ bool IsWaterAt(const math::Vec2& world) {
     return false;
 }
 
+// The widgets that the configuration keeps, and whether each is open on a first run.
+struct KeptWidget {
+    const char* name;
+    bool visibleByDefault;
+};
+constexpr KeptWidget kKeptWidgets[] = {
+    {"Toolbar", true},  {"SimControl", true}, {"SimInfo", true}, {"File", false},
+    {"Options", false}, {"Help", false},      {"About", false},
+};
+
 }  // namespace
 
 AppGUI::AppGUI() : gui::Component("AppGUI") {
@@ -73,6 +87,11 @@ AppGUI::AppGUI() : gui::Component("AppGUI") {
     m_popupLayer = gui::ComponentPtr(new gui::Component("PopupLayer"));
     m_popupLayer->SetPassesMouseThrough(true);
     Add(m_popupLayer);
+    for (const KeptWidget& kept : kKeptWidgets) {
+        m_placements.emplace_back(new WidgetPlacement(kept.name, kept.visibleByDefault));
+        AddReflected(script::ReflectedPtr(m_placements.back()));
+        m_kept.emplace_back();
+    }
     m_lastAutosave = util::Clock::Seconds();
 }
 
@@ -95,7 +114,7 @@ std::vector<gui::ComponentPtr> AppGUI::GetWidgets() const {
 
 gui::ComponentPtr AppGUI::FindWidget(const util::String& name) const {
     for (const gui::ComponentPtr& widget : GetWidgets()) {
-        if (widget->GetReflectedName() == name) {
+        if (static_cast<const Widget&>(*widget).GetWidgetName() == name) {
             return widget;
         }
     }
@@ -103,9 +122,7 @@ gui::ComponentPtr AppGUI::FindWidget(const util::String& name) const {
 }
 
 void AppGUI::ClosePopups() {
-    if (const gui::ComponentPtr file = FindWidget("File")) {
-        file->RemoveFromParent();
-    }
+    HideWidget("File");
     m_popupLayer->RemoveAllChildren();
 }
 
@@ -123,14 +140,97 @@ void AppGUI::ShowCentred(const WindowPtr& popup) {
 }
 
 void AppGUI::SetUpWidgets() {
-    if (const gui::ComponentPtr old = FindWidget(WidgetFactory::kToolbar)) {
-        Remove(old);
+    const bool simple = simpleMode->Get();
+    for (size_t i = 0; i < m_placements.size(); ++i) {
+        if (m_kept[i]) {
+            m_kept[i]->Hide();
+        }
+        const util::String& name = m_placements[i]->GetReflectedName();
+        m_kept[i] = WidgetFactory::Get().Make(name);
+        if (!m_kept[i]) {
+            continue;
+        }
+        m_kept[i]->Show(*this);
+        m_placements[i]->Apply(*m_kept[i]);
+        if (!m_placements[i]->visible->Get() || (simple && !IsInSimpleMode(name))) {
+            m_kept[i]->Hide();
+        }
     }
-    const WindowPtr toolbar = WidgetFactory::Get().MakeToolbar();
-    Add(gui::ComponentPtr(toolbar));
+    m_simpleShown = simple;
     // The popups stay above the widgets.
     Remove(m_popupLayer);
     Add(m_popupLayer);
+}
+
+util::SharedPtr<Widget> AppGUI::GetKeptWidget(const util::String& name) const {
+    for (size_t i = 0; i < m_placements.size(); ++i) {
+        if (m_placements[i]->GetReflectedName() == name) {
+            return m_kept[i];
+        }
+    }
+    return util::SharedPtr<Widget>();
+}
+
+bool AppGUI::ShowWidget(const util::String& name) {
+    const util::SharedPtr<Widget> widget = GetKeptWidget(name);
+    if (!widget) {
+        return false;
+    }
+    if (!widget->IsShown()) {
+        widget->Show();
+    }
+    // Opening one brings it above the others, the popups still above all.
+    Remove(gui::ComponentPtr(widget));
+    Add(gui::ComponentPtr(widget));
+    Remove(m_popupLayer);
+    Add(m_popupLayer);
+    return true;
+}
+
+void AppGUI::HideWidget(const util::String& name) {
+    if (const util::SharedPtr<Widget> widget = GetKeptWidget(name)) {
+        widget->Hide();
+    }
+}
+
+void AppGUI::ToggleWidget(const util::String& name) {
+    const util::SharedPtr<Widget> widget = GetKeptWidget(name);
+    if (widget && widget->IsShown()) {
+        widget->Hide();
+    } else {
+        ShowWidget(name);
+    }
+}
+
+void AppGUI::ResetWidgetPlacements() {
+    for (const WidgetPlacementPtr& placement : m_placements) {
+        placement->Reset();
+    }
+}
+
+bool AppGUI::IsInSimpleMode(const util::String& name) {
+    return name == "Toolbar" || name == "SimControl";
+}
+
+void AppGUI::FollowWidgets() {
+    const bool simple = simpleMode->Get();
+    for (size_t i = 0; i < m_placements.size(); ++i) {
+        if (!m_kept[i]) {
+            continue;
+        }
+        const util::String& name = m_placements[i]->GetReflectedName();
+        const bool reduced = simple && !IsInSimpleMode(name);
+        if (simple != m_simpleShown && !IsInSimpleMode(name)) {
+            // Into the reduced interface the widget goes; out of it, it comes back as it was.
+            if (simple) {
+                m_kept[i]->Hide();
+            } else if (m_placements[i]->visible->Get()) {
+                m_kept[i]->Show();
+            }
+        }
+        m_placements[i]->Record(*m_kept[i], reduced);
+    }
+    m_simpleShown = simple;
 }
 
 void AppGUI::OpenPopupMenu(const math::Vec2& position) {
@@ -155,6 +255,14 @@ void AppGUI::Update(float dt) {
         m_popupLayer->SetSize(GetSize());
     }
     gui::Component::Update(dt);
+    FollowWidgets();
+    if (core::Subsystem::IsAlive()) {
+        util::String caption = GetWindowCaption();
+        if (caption != m_caption) {
+            m_caption = std::move(caption);
+            core::Subsystem::Get().SetCaption(m_caption);
+        }
+    }
     const double now = util::Clock::Seconds();
     if (App::IsAlive() && now - m_lastAutosave > App::Get().GetModel().autosaveTime->Get()) {
         Autosave();
@@ -235,12 +343,9 @@ bool AppGUI::HandleGlobalKey(const input::KeyEvent& event) {
             ShowCentred(WidgetFactory::Get().MakeLoadPopup());
             return true;
         }
-        case 'n': {
-            const SnapshotPtr before(new app::Snapshot());
-            scene.New();
-            Undoer::Get().AddSnapshotStep(before, "UndoNewScene");
+        case 'n':
+            NewScene();
             return true;
-        }
         case 'q':
             if (trapUser->Get()) {
                 return false;
@@ -248,7 +353,7 @@ bool AppGUI::HandleGlobalKey(const input::KeyEvent& event) {
             core::Subsystem::Get().RequestExit();
             return true;
         case 'v':
-            PasteAt(ToWorld(event.position));
+            PasteSceneCode(ToWorld(event.position));
             return true;
         case 'z':
             Undoer::Get().Undo();
@@ -299,32 +404,6 @@ void AppGUI::ToggleRunning() {
     Undoer::Get().Do(ActionPtr(new SimStart("UndoSimStart")));
 }
 
-void AppGUI::PasteAt(const math::Vec2& world) {
-    const util::String text = os::GetClipboardText();
-    if (text.empty()) {
-        return;
-    }
-    Scene& scene = Scene::Get();
-    const SnapshotPtr before(new app::Snapshot());
-    try {
-        const GroupPtr pasted = Serializer::Get().Deserialize(text);
-        if (!pasted || pasted->empty()) {
-            return;
-        }
-        const math::BoundingBox2f box = pasted->GetBoundingBox();
-        if (!box.IsEmpty() && box.IsFinite()) {
-            scene.TransformEntities(*pasted,
-                                    physics::Transform::FromAngle(0, world - box.Centre()));
-        }
-        scene.GetSelection()->Clear();
-        scene.GetSelection()->Add(*pasted);
-        Undoer::Get().AddSnapshotStep(before, "UndoCodePaste");
-    } catch (const std::exception& e) {
-        before->Restore();
-        Log(logging::Warning, "An error occurred while pasting: " + util::String(e.what()));
-    }
-}
-
 void AppGUI::GroupSelection() {
     Scene& scene = Scene::Get();
     const GroupPtr& selection = scene.GetSelection();
@@ -357,10 +436,7 @@ void AppGUI::UngroupSelection() {
 }
 
 void AppGUI::EraseSelection() {
-    const GroupPtr& selection = Scene::Get().GetSelection();
-    if (!selection->empty()) {
-        Undoer::Get().Do(ActionPtr(new EraseEntities("UndoErase", selection->GetEntities())));
-    }
+    EraseMembers(*Scene::Get().GetSelection());
 }
 
 void AppGUI::OnDragBegin(input::DragEvent& event) {
@@ -445,6 +521,30 @@ void AppGUI::OnClick(input::ClickEvent& event) {
     }
 }
 
+void AppGUI::OnGeneralEvent(input::InputEvent& event) {
+    gui::Component::OnGeneralEvent(event);
+    if (event.consumed || event.kind != input::InputEvent::Kind::FileDropped) {
+        return;
+    }
+    event.consumed = true;
+    if (!util::EndsWithIgnoreCase(event.text, ".vra")) {
+        Log(logging::Warning, "Only scene files can be dropped here, not " + event.text);
+        return;
+    }
+    LoadScene(event.text, false);
+}
+
+util::String AppGUI::GetWindowCaption() {
+    util::String name;
+    if (FileInfo::IsAlive() && FileInfo::Get().GetFileName() != "unnamed") {
+        name = SceneLoader::DisplayName(FileInfo::Get().GetFileName());
+    }
+    if (name.empty() && Language::IsAlive()) {
+        name = Language::Get().Translate("UnnamedScene");
+    }
+    return name.empty() ? util::GetVersionString() : name + " - " + util::GetVersionString();
+}
+
 void AppGUI::MakeSnapshotAction() {
     Undoer::Get().Do(
         ActionPtr(new SnapshotAction("UndoSnapshot", SnapshotPtr(new app::Snapshot()))));
@@ -463,8 +563,9 @@ util::String AppGUI::NormaliseScenePath(util::String path) {
 
 void AppGUI::LoadScene(util::String path, bool internal) {
     std::replace(path.begin(), path.end(), '\\', '/');
+    // The loader names the current file once the load worked, after the step's snapshot:
+    // undoing the load then gives back the file name too, and a failed load leaves it.
     if (!internal) {
-        FileInfo::Get().SetFileName(path);
         ClosePopups();
     }
     path = NormaliseScenePath(path);
@@ -484,6 +585,8 @@ void AppGUI::SaveSceneAs(util::String path, bool internal) {
         path = NormaliseScenePath(path);
         if (Serializer::Get().Save(path) && !internal) {
             Log(logging::Info, "Scene saved to " + path);
+            // The File window shows the scene by this picture.
+            Thumbnail::SaveBeside(path);
         }
     } catch (const std::exception& e) {
         Log(logging::Debug, "Error: " + util::String(e.what()) + "\n" + VORRA_LOCATION + "\n");

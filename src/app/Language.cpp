@@ -18,6 +18,7 @@
 #include "script/ValueConversions.h"
 #include "script/Variable.h"
 #include "util/FileSystem.h"
+#include "util/StringUtil.h"
 
 namespace app {
 namespace {
@@ -96,7 +97,9 @@ void Language::Load(const util::String& language) {
     Log(logging::Info, "Loading language " + language + "...");
     m_selectedName = language;
     try {
-        const util::String text = util::FileSystem::Get().ReadTextFile(GetFilePath(language));
+        // The files are UTF-8; the fonts draw Latin-1.
+        const util::String text =
+            util::Utf8ToLatin1(util::FileSystem::Get().ReadTextFile(GetFilePath(language)));
         m_selected.clear();
         script::Parser& parser = script::Parser::Get();
         const script::ClosurePtr closure(
@@ -153,13 +156,13 @@ util::String Language::GetHelpText() const {
     const util::FileSystem& files = util::FileSystem::Get();
     const util::String path = GetHelpFilePath(ApplicationLanguage());
     try {
-        return files.ReadTextFile(path);
+        return util::Utf8ToLatin1(files.ReadTextFile(path));
     } catch (const std::exception&) {
         Log(logging::Warning, "Missing help file: " + path);
     }
     const util::String english = GetHelpFilePath(kEnglish);
     try {
-        return files.ReadTextFile(english);
+        return util::Utf8ToLatin1(files.ReadTextFile(english));
     } catch (const std::exception&) {
         Log(logging::Warning, "Missing help file: " + english);
     }

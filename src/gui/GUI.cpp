@@ -193,6 +193,14 @@ void GUI::Update(float dt) {
 
 void GUI::Draw() {
     VORRA_PROFILE("GUI::Draw");
+    DrawInScreenSpace(GetOpaqueness(), [this]() {
+        m_root->DrawComp();
+        DrawCursor();
+        DrawProfilerOutput();
+    });
+}
+
+void GUI::DrawInScreenSpace(float opacity, const std::function<void()>& draw) const {
     const math::Vec2 screen = GetScreenSize();
     rendering::Renderer& renderer = rendering::Renderer::Get();
     glPushAttrib(GL_ALL_ATTRIB_BITS);
@@ -209,12 +217,9 @@ void GUI::Draw() {
     glDisable(GL_DEPTH_TEST);
     glDisable(GL_CULL_FACE);
     renderer.ForgetState();
-    renderer.SetColor(math::Colour(1, 1, 1, GetOpaqueness()));
+    renderer.SetColor(math::Colour(1, 1, 1, opacity));
 
-    m_root->DrawComp();
-
-    DrawCursor();
-    DrawProfilerOutput();
+    draw();
 
     glMatrixMode(GL_MODELVIEW);
     glPopMatrix();

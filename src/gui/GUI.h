@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include "gui/Component.h"
 #include "input/InputListener.h"
 #include "logging/ILogger.h"
@@ -43,6 +45,9 @@ public:
     void UpdateMouseOverComp();
     void Update(float dt);
     void Draw();
+    // Runs the drawing with the GUI's projection (one unit a pixel, y down from the top-left
+    // corner) and its blending, under the given opacity, and puts GL's state back after.
+    void DrawInScreenSpace(float opacity, const std::function<void()>& draw) const;
 
     void OnMouseMove(input::MouseMoveEvent& event) override;
 

@@ -76,6 +76,14 @@ String ToUpper(const String& text) {
     return result;
 }
 
+String TrimBlanks(const String& text) {
+    const size_t begin = text.find_first_not_of(' ');
+    if (begin == String::npos) {
+        return "";
+    }
+    return text.substr(begin, text.find_last_not_of(' ') - begin + 1);
+}
+
 String Join(const std::vector<String>& pieces, const String& separator) {
     String result;
     for (size_t i = 0; i < pieces.size(); ++i) {

@@ -23,6 +23,9 @@ String ToUpper(const String& text);
 // Latin-1 has become their byte; every other byte, a stray one included, stays as it is.
 String Utf8ToLatin1(const String& text);
 
+// Without the blanks at either end.
+String TrimBlanks(const String& text);
+
 // An empty list gives "".
 String Join(const std::vector<String>& pieces, const String& separator);
 // Splits at every separator. Empty pieces are kept and the rest after the last separator is

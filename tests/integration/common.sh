@@ -88,3 +88,16 @@ near() {
   local tolerance=${3:-1}
   [ $(($1 - $2)) -le "$tolerance" ] && [ $(($2 - $1)) -le "$tolerance" ]
 }
+
+# The colour at a point of a 24-bit TGA screenshot (the point counted from the window's
+# top-left corner), as "red green blue".
+pixel_at() {
+  local shot=$1 x=$2 y=$3 width height row offset
+  width=$(($(byte_at "$shot" 12) + 256 * $(byte_at "$shot" 13)))
+  height=$(($(byte_at "$shot" 14) + 256 * $(byte_at "$shot" 15)))
+  # Rows run from the bottom up unless the descriptor says otherwise.
+  row=$((height - 1 - y))
+  [ $(($(byte_at "$shot" 17) & 32)) -ne 0 ] && row=$y
+  offset=$((18 + (row * width + x) * 3))
+  echo "$(byte_at "$shot" $((offset + 2))) $(byte_at "$shot" $((offset + 1))) $(byte_at "$shot" "$offset")"
+}

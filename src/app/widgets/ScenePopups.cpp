@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <exception>
 
+#include "app/Actions.h"
 #include "app/App.h"
 #include "app/FileInfo.h"
 #include "app/Language.h"
+#include "app/widgets/FileWindow.h"
+#include "app/widgets/OptionControls.h"
 #include "app/widgets/Tooltip.h"
 #include "gui/Label.h"
 #include "gui/Layout.h"
@@ -16,25 +19,6 @@
 
 namespace app {
 namespace {
-
-const char* const kExtension = ".vra";
-
-// What the user knows a scene file by: its name without folder and extension.
-util::String SceneName(const util::String& path) {
-    util::String name = path.substr(path.find_last_of("/\\") + 1);
-    if (util::EndsWithIgnoreCase(name, kExtension)) {
-        name.resize(name.size() - 4);
-    }
-    return name;
-}
-
-util::String Trimmed(const util::String& text) {
-    const size_t begin = text.find_first_not_of(' ');
-    if (begin == util::String::npos) {
-        return "";
-    }
-    return text.substr(begin, text.find_last_not_of(' ') - begin + 1);
-}
 
 gui::LayoutPtr Column() {
     return gui::LayoutPtr(new gui::ListLayout(1, WindowStyle::kSpacing));
@@ -58,15 +42,15 @@ SaveScenePopup::SaveScenePopup()
     m_name->SetTooltip(MakeTooltip(language.Translate("SaveSceneName_Tooltip")));
     // The scene's present name, all selected: Enter saves over it, typing replaces it.
     if (FileInfo::IsAlive()) {
-        m_name->SetText(SceneName(FileInfo::Get().GetFileName()));
+        m_name->SetText(SceneLoader::DisplayName(FileInfo::Get().GetFileName()));
         m_name->SelectAll();
     }
     GetBody()->Add(gui::ComponentPtr(m_name));
 
     const ButtonRowPtr buttons(new ButtonRow(kWidth));
     m_save->GetOnClick().Add(self, [this]() { Submit(); });
-    const gui::ButtonPtr cancel(new gui::Button(language.Translate("Cancel")));
-    cancel->GetOnClick().Add(self, [this]() { Close(); });
+    SetTooltipFor(*m_save, "Save");
+    const gui::ButtonPtr cancel(MakeOptionButton("Cancel", [this]() { Close(); }));
     buttons->AddButton(gui::ComponentPtr(m_save));
     buttons->AddButton(gui::ComponentPtr(cancel));
     GetBody()->Add(gui::ComponentPtr(buttons));
@@ -77,7 +61,7 @@ SaveScenePopup::SaveScenePopup()
 SaveScenePopup::~SaveScenePopup() = default;
 
 bool SaveScenePopup::Submit() {
-    const util::String name = Trimmed(m_name->GetText());
+    const util::String name = util::TrimBlanks(m_name->GetText());
     if (name.empty() || !App::IsAlive()) {
         return false;
     }
@@ -110,34 +94,14 @@ LoadScenePopup::LoadScenePopup()
     const util::WeakPtr<util::Pointee> self(this);
     GetBody()->SetLayout(Column());
 
-    util::FileSystem& files = util::FileSystem::Get();
-    const util::String folder = files.GetWorkDirectory() + util::FileSystem::GetScenesFolder();
-    try {
-        m_files = files.ListFiles(folder, "*.vra");
-        // As a person reads a list: "bridge" beside "Bridge2", not after every capital.
-        std::stable_sort(m_files.begin(), m_files.end(),
-                         [](const util::String& a, const util::String& b) {
-                             return util::ToLower(a) < util::ToLower(b);
-                         });
-    } catch (const std::exception&) {
-        // No folder means no scenes: the popup says so.
-        m_files.clear();
-    }
-    const util::String current =
-        FileInfo::IsAlive() ? SceneName(FileInfo::Get().GetFileName()) : util::String();
-    size_t marked = m_files.size();
-    for (size_t i = 0; i < m_files.size(); ++i) {
-        const ListRowPtr row(new ListRow(SceneName(m_files[i])));
-        row->GetOnClick().Add(self, [this, i]() { Choose(i); });
-        if (!current.empty() && SceneName(m_files[i]) == current) {
-            row->SetMarked(true);
-            marked = i;
-        }
-        m_list->AddRow(gui::ComponentPtr(row));
-    }
-    if (marked < m_files.size()) {
-        m_list->ShowRow(marked);
-    }
+    m_files = FileWindow::ListSceneFiles(util::FileSystem::Get().GetWorkDirectory() +
+                                         util::FileSystem::GetScenesFolder());
+    FileWindow::FillRows(
+        *m_list, m_files,
+        [](const util::String& file) {
+            return ListRowPtr(new ListRow(SceneLoader::DisplayName(file)));
+        },
+        [this](size_t index) { Choose(index); });
     if (m_files.empty()) {
         const gui::LabelPtr none(new gui::Label(language.Translate("NoScenes")));
         none->SetTextColor(gui::LookAndFeel::Get().GetDimTextColor());
@@ -147,8 +111,7 @@ LoadScenePopup::LoadScenePopup()
     }
 
     const ButtonRowPtr buttons(new ButtonRow(kWidth));
-    const gui::ButtonPtr cancel(new gui::Button(language.Translate("Cancel")));
-    cancel->GetOnClick().Add(self, [this]() { Close(); });
+    const gui::ButtonPtr cancel(MakeOptionButton("Cancel", [this]() { Close(); }));
     buttons->AddButton(gui::ComponentPtr(cancel));
     GetBody()->Add(gui::ComponentPtr(buttons));
 }

@@ -19,7 +19,8 @@ bool IsLeft(input::SDLKey key) {
     return key == input::MouseKey(input::kMouseLeft);
 }
 
-// The longest start of the text that fits the width with an ellipsis behind it.
+}  // namespace
+
 util::String Elide(const gui::FontFormater& font, const util::String& text, float width) {
     if (font.GetWidth(text) <= width) {
         return text;
@@ -37,8 +38,6 @@ util::String Elide(const gui::FontFormater& font, const util::String& text, floa
     }
     return text.substr(0, length) + kEllipsis;
 }
-
-}  // namespace
 
 // ListRow.
 
@@ -59,11 +58,12 @@ void ListRow::DrawComp() {
     } else if (IsMouseOver()) {
         gui::FillRect(0, 0, size.x, size.y, look.GetHoverColor());
     }
+    const float left = DrawLeading();
     if (m_marked) {
         gui::FrameRect(0, 0, size.x, size.y, 1, kMarkLine);
     }
     gui::ColorScope text(IsEnabled() ? look.GetForegroundColor() : look.GetDimTextColor());
-    m_font->Draw(Elide(*m_font, m_text, size.x - 2 * kPaddingX), kPaddingX,
+    m_font->Draw(Elide(*m_font, m_text, size.x - left - kPaddingX), left,
                  (size.y - m_font->GetLineHeight()) / 2);
 }
 

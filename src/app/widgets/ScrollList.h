@@ -12,6 +12,9 @@ using ListRowPtr = util::SharedPtr<ListRow>;
 class ScrollList;
 using ScrollListPtr = util::SharedPtr<ScrollList>;
 
+// The longest start of the text that fits the width with an ellipsis behind it.
+util::String Elide(const gui::FontFormater& font, const util::String& text, float width);
+
 // One line of a list that is a button: its text at the left, lit under the mouse. A text
 // too long for the line ends in an ellipsis.
 class ListRow : public gui::AbstractButton {
@@ -27,6 +30,10 @@ public:
 
     static constexpr float kPaddingX = 6;
     static constexpr float kPaddingY = 4;
+
+protected:
+    // What comes before the text, such as a picture; returns where the text begins.
+    virtual float DrawLeading() { return kPaddingX; }
 
 private:
     util::String m_text;

@@ -25,7 +25,7 @@ bool ScreenSize(math::Vec2& size) {
 
 }  // namespace
 
-Widget::Widget(const util::String& name) : gui::WobbleComponent(name) {
+Widget::Widget(const util::String& name) : gui::WobbleComponent(name), m_widgetName(name) {
     SetReflectedName(name);
 }
 

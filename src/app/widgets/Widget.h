@@ -17,6 +17,10 @@ public:
     explicit Widget(const util::String& name);
     ~Widget() override;
 
+    // The name it is found by. Its name in the script may differ: the script gives a second
+    // object of the same name a numbered one.
+    const util::String& GetWidgetName() const { return m_widgetName; }
+
     // Shown means in the interface tree. Hiding takes the widget out and remembers where
     // it was, so that Show() puts it back there; false when it was never anywhere.
     bool Show();
@@ -72,6 +76,7 @@ private:
     // The nearest position to a wished one that keeps all of it on the screen.
     math::Vec2 Clamped(const math::Vec2& position) const;
 
+    util::String m_widgetName;
     gui::ComponentWeakPtr m_host;
     util::CallbackSet m_onClose;
     bool m_minimised = false;

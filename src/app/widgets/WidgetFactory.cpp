@@ -17,7 +17,16 @@
 #include "app/tools/SpringTool.h"
 #include "app/tools/ToolIcon.h"
 #include "app/tools/Tools.h"
+#include "app/widgets/AboutWindow.h"
+#include "app/widgets/BackgroundMenus.h"
+#include "app/widgets/EntityMenu.h"
+#include "app/widgets/FileWindow.h"
+#include "app/widgets/HelpWindow.h"
+#include "app/widgets/OptionPanels.h"
+#include "app/widgets/OptionsWindow.h"
 #include "app/widgets/ScenePopups.h"
+#include "app/widgets/SimControl.h"
+#include "app/widgets/SimInfo.h"
 #include "gui/GUI.h"
 #include "gui/Layout.h"
 #include "logging/Log.h"
@@ -55,9 +64,29 @@ std::vector<WidgetFactory::ToolEntry> WidgetFactory::GetToolEntries() {
 }
 
 WidgetPtr WidgetFactory::Make(const util::String& id, const GroupPtr& group) {
+    // The application's windows.
     if (id == kToolbar) {
         return WidgetPtr(MakeToolbar());
     }
+    if (id == "SimControl") {
+        return WidgetPtr(new SimControl());
+    }
+    if (id == "SimInfo") {
+        return WidgetPtr(new SimInfo());
+    }
+    if (id == "File") {
+        return WidgetPtr(new FileWindow());
+    }
+    if (id == "Options") {
+        return WidgetPtr(new OptionsWindow());
+    }
+    if (id == "Help") {
+        return WidgetPtr(new HelpWindow());
+    }
+    if (id == "About") {
+        return WidgetPtr(new AboutWindow());
+    }
+    // Popups.
     if (id == kSaveScene) {
         return WidgetPtr(MakeSavePopup());
     }
@@ -66,6 +95,10 @@ WidgetPtr WidgetFactory::Make(const util::String& id, const GroupPtr& group) {
     }
     if (id == kEntityOptions || id == kBackgroundMenu || id == kWaterMenu) {
         return WidgetPtr(MakeMenu(id, group));
+    }
+    // The panels the menus open.
+    if (IsOptionPanel(id)) {
+        return WidgetPtr(MakeOptionPanel(id, group));
     }
     Log(logging::Warning, "No widget is made for the id " + id);
     return WidgetPtr();
@@ -100,8 +133,14 @@ WindowPtr WidgetFactory::MakeMenu(const util::String& menu, const GroupPtr& grou
     if (group && !group->empty()) {
         title += " (" + language.GetTypeName(*group) + ")";
     }
-    const WindowPtr popup(new Window(menu, title, Window::Kind::Popup));
-    popup->GetBody()->SetLayout(gui::LayoutPtr(new gui::ListLayout(1, WindowStyle::kSpacing)));
+    const WindowPtr popup = MakePopupWindow(menu, title);
+    if (menu == kEntityOptions) {
+        FillEntityMenu(*popup, group);
+    } else if (menu == kBackgroundMenu) {
+        FillBackgroundMenu(*popup);
+    } else if (menu == kWaterMenu) {
+        FillWaterMenu(*popup);
+    }
     return popup;
 }
 

@@ -3,10 +3,12 @@
 #include <GL/glew.h>
 
 #include <algorithm>
+#include <cmath>
 
 #include "app/Language.h"
 #include "app/widgets/Tooltip.h"
 #include "gui/Button.h"
+#include "gui/GUI.h"
 #include "gui/LookAndFeel.h"
 #include "gui/Primitives.h"
 #include "input/KeyCodes.h"
@@ -19,6 +21,39 @@ constexpr float kTitleGap = 12;
 constexpr float kButtonGap = 4;
 
 const math::Colour kWhite(1, 1, 1, 1);
+
+// The toolbar strip at the left edge is 60 wide, the simulation control at the top 80 high:
+// the windows that open beside them keep this far away.
+constexpr float kToolbarClearance = 68;
+constexpr float kTopClearance = 88;
+
+// A curved arrow turning back to the left over its top, in a square of side s; mirrored it
+// turns to the right.
+void DrawTurnArrow(float s, bool mirrored) {
+    const auto x = [s, mirrored](float fraction) {
+        return (mirrored ? 1 - fraction : fraction) * s;
+    };
+    const float cx = 0.5f;
+    const float cy = 0.52f;
+    const float r = 0.26f;
+    constexpr int kSegments = 12;
+    glDisable(GL_TEXTURE_2D);
+    glLineWidth(2);
+    glBegin(GL_LINE_STRIP);
+    glVertex2f(x(cx + r), (cy + 0.2f) * s);
+    for (int i = 0; i <= kSegments; ++i) {
+        const float angle = 3.14159265f * static_cast<float>(i) / kSegments;
+        glVertex2f(x(cx + r * std::cos(angle)), (cy - r * std::sin(angle)) * s);
+    }
+    glEnd();
+    glLineWidth(1);
+    // The head at the left end, pointing down.
+    glBegin(GL_TRIANGLES);
+    glVertex2f(x(cx - r - 0.15f), (cy - 0.03f) * s);
+    glVertex2f(x(cx - r + 0.15f), (cy - 0.03f) * s);
+    glVertex2f(x(cx - r), (cy + 0.17f) * s);
+    glEnd();
+}
 
 }  // namespace
 
@@ -71,6 +106,46 @@ void TitleButton::DrawComp() {
             break;
         }
     }
+}
+
+// SymbolButton.
+
+SymbolButton::SymbolButton(Symbol symbol) : gui::Button(""), m_symbol(symbol) {
+    const float side = gui::LookAndFeel::Get().GetFont()->GetLineHeight() + 2 * kMarginY;
+    SetFixedSize(side + 4, side);
+}
+
+SymbolButton::~SymbolButton() = default;
+
+void SymbolButton::DrawComp() {
+    gui::Button::DrawComp();
+    const gui::LookAndFeel& look = gui::LookAndFeel::Get();
+    gui::ColorScope color(GetColor());
+    gui::ColorScope ink(IsEnabled() ? look.GetForegroundColor() : look.GetDimTextColor());
+    const math::Vec2 size = GetSize();
+    const float s = std::min(size.x, size.y);
+    glPushMatrix();
+    const math::Vec2 inner = GetBorderOffset();
+    glTranslatef(inner.x + (size.x - s) / 2, inner.y + (size.y - s) / 2, 0);
+    switch (m_symbol) {
+        case Symbol::Play:
+            glDisable(GL_TEXTURE_2D);
+            glBegin(GL_TRIANGLES);
+            glVertex2f(s * 0.3f, s * 0.18f);
+            glVertex2f(s * 0.3f, s * 0.82f);
+            glVertex2f(s * 0.82f, s * 0.5f);
+            glEnd();
+            break;
+        case Symbol::Pause:
+            gui::FillRect(s * 0.26f, s * 0.2f, s * 0.17f, s * 0.6f, kWhite);
+            gui::FillRect(s * 0.57f, s * 0.2f, s * 0.17f, s * 0.6f, kWhite);
+            break;
+        case Symbol::Undo:
+        case Symbol::Redo:
+            DrawTurnArrow(s, m_symbol == Symbol::Redo);
+            break;
+    }
+    glPopMatrix();
 }
 
 // TitleBar.
@@ -291,6 +366,39 @@ void Window::OnBackgroundClick(const input::ClickEvent& event) {
         IsGrip(ToLocal(event.position))) {
         ToggleMinimised();
     }
+}
+
+// Default places.
+
+void PlaceByDefault(Widget& widget, DefaultPlace place) {
+    math::Vec2 screen(1024, 768);
+    if (gui::GUI::IsAlive()) {
+        screen = gui::GUI::Get().GetScreenSize();
+    }
+    const math::Vec2 free = screen - widget.GetOuterSize();
+    math::Vec2 corner;
+    switch (place) {
+        case DefaultPlace::TopCentre:
+            corner = math::Vec2(free.x / 2, 0);
+            break;
+        case DefaultPlace::TopRight:
+            corner = math::Vec2(free.x, 0);
+            break;
+        case DefaultPlace::BottomRight:
+            corner = free;
+            break;
+        case DefaultPlace::BottomCentre:
+            corner = math::Vec2(free.x / 2, free.y);
+            break;
+        case DefaultPlace::BottomLeft:
+            corner = math::Vec2(kToolbarClearance, free.y);
+            break;
+        case DefaultPlace::UpperLeft:
+            corner = math::Vec2(kToolbarClearance, kTopClearance);
+            break;
+    }
+    widget.SetScreenPosition(math::Vec2(std::floor(corner.x), std::floor(corner.y)));
+    widget.KeepOnScreen();
 }
 
 }  // namespace app

@@ -2,6 +2,7 @@
 
 #include "app/widgets/Widget.h"
 #include "gui/AbstractButton.h"
+#include "gui/Button.h"
 #include "gui/Label.h"
 
 namespace app {
@@ -40,6 +41,24 @@ private:
     Symbol m_symbol;
 };
 using TitleButtonPtr = util::SharedPtr<TitleButton>;
+
+// A push button that shows a symbol where others show a text, in the same look and at
+// the height of a text button: a row of both stays even.
+class SymbolButton : public gui::Button {
+public:
+    enum class Symbol { Play, Pause, Undo, Redo };
+
+    explicit SymbolButton(Symbol symbol);
+    ~SymbolButton() override;
+
+    Symbol GetSymbol() const { return m_symbol; }
+    void SetSymbol(Symbol symbol) { m_symbol = symbol; }
+    void DrawComp() override;
+
+private:
+    Symbol m_symbol;
+};
+using SymbolButtonPtr = util::SharedPtr<SymbolButton>;
 
 // The bar across the top of a window: its title at the left, its buttons at the right. It
 // is as wide as the window makes it, and never narrower than what it shows.
@@ -123,5 +142,19 @@ private:
     gui::ComponentPtr m_body;
     bool m_inLayout = false;
 };
+
+// Where the application's windows open by default. The toolbar holds the middle of the left
+// edge and the simulation control the top centre; the others keep clear of both, and of
+// each other, on a screen of 1024 by 768 or more.
+enum class DefaultPlace {
+    TopCentre,
+    TopRight,
+    BottomRight,
+    BottomCentre,
+    // Beside the toolbar: at the bottom, and below the simulation control.
+    BottomLeft,
+    UpperLeft,
+};
+void PlaceByDefault(Widget& widget, DefaultPlace place);
 
 }  // namespace app

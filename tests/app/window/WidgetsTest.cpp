@@ -14,7 +14,7 @@
 #include <fstream>
 #include <set>
 
-#include "../../gui/GuiFixture.h"
+#include "AppFixture.h"
 #include "app/App.h"
 #include "app/FileInfo.h"
 #include "app/Language.h"
@@ -34,33 +34,15 @@ namespace {
 using math::Vec2;
 using util::String;
 
-class WidgetsTest : public test_gui::GuiTest {
+class WidgetsTest : public test_app::AppTest {
 protected:
-    static void SetUpTestSuite() {
-        GuiTest::SetUpTestSuite();
-        // The one application of the run: main makes it with new, and so does this.
-        if (!app::App::IsAlive()) {
-            new app::App();
-        }
-        app::Tools::Create();
-        // Fonts and texts come from the shipped data, whatever a test's files are.
-        gui::LookAndFeel::Get();
-        app::Language::Get().Load("English");
-    }
     void SetUp() override {
-        GuiTest::SetUp();
-        app::Scene::Get().New();
+        AppTest::SetUp();
         Tools().SetBaseTool(Tools().Find<app::SketchTool>());
-        m_host = gui::ComponentPtr(new gui::Component("WidgetHost"));
-        m_host->SetSize(Gui().GetScreenSize());
-        AddToRoot(m_host);
     }
     void TearDown() override {
-        m_host->RemoveFromParent();
-        m_host = nullptr;
-        GuiTest::TearDown();
+        AppTest::TearDown();
         util::FileSystem::Get().SetWorkDirectory(VORRA_DATA_DIR);
-        app::Scene::Get().Clear();
         std::error_code ignored;
         std::filesystem::remove_all(Folder(), ignored);
     }
@@ -109,8 +91,6 @@ protected:
         }
         return app::ToolIconPtr();
     }
-
-    gui::ComponentPtr m_host;
 };
 
 TEST_F(WidgetsTest, TheToolbarHasAButtonForEveryLabelledTool) {
