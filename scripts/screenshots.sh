@@ -34,13 +34,13 @@ start() {
   rm -f "$work/config.cfg" "$work/config.autosave.cfg" "$work/Logfile.txt" \
     "$work/scenes/_AUTOSAVE.vra" "$work/scenes/_ONEXITSAVE.vra"
   printf '%s\n' "$config" >"$work/config.cfg"
-  (cd "$work" && ./vorra "$work/scenes/$scene.vra" >/dev/null 2>&1) &
+  (cd "$work" && exec ./vorra "$work/scenes/$scene.vra" >/dev/null 2>&1) &
   pid=$!
   for _ in $(seq 1 100); do
     grep -qs "Running program..." "$work/Logfile.txt" && break
     sleep 0.1
   done
-  window=$(xdotool search --sync --name Vorra | head -n 1)
+  window=$(xdotool search --sync --onlyvisible --name Vorra | head -n 1)
   sleep 1
 }
 stop() {
@@ -59,25 +59,26 @@ AppGUI.Toolbar.visible = false;
 AppGUI.SimControl.visible = false;
 AppGUI.SimInfo.visible = false;'
 
-# The welcome scene as a user first sees it.
+# The welcome scene with the File window open, which lists the scenes by their pictures.
 start welcome "$readme"
-shoot "$shots/welcome.png"
+xdotool mousemove --window "$window" 508 52 click 1
+sleep 0.5
+xdotool mousemove --window "$window" 600 600
+sleep 0.3
+shoot "$shots/welcome-file.png"
 stop
 
-# The bridge, running, with the menu of a shape and its colour panel.
-start bridge "$readme"
+# The menu of a box of the welcome scene, paused.
+start welcome "$readme"
 xdotool key space
-sleep 2
-xdotool key space
-xdotool mousemove --window "$window" 512 300 click 3
+xdotool mousemove --window "$window" 737 285 click 3
 sleep 0.5
-shoot "$shots/bridge-menu.png"
+shoot "$shots/welcome-menu.png"
 stop
 
 # The dam break a few seconds in.
 start dambreak "$readme"
-xdotool key space
-sleep 4
+sleep 3
 shoot "$shots/dambreak.png"
 stop
 

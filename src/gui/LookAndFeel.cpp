@@ -64,6 +64,10 @@ BorderPtr LookAndFeel::GetWindowBorder() const {
     return BorderPtr(new SimpleBorder(6, Panel(0.9f), kLine));
 }
 
+BorderPtr LookAndFeel::GetOpaqueWindowBorder() const {
+    return BorderPtr(new SimpleBorder(6, Panel(1), kLine));
+}
+
 BorderPtr LookAndFeel::GetButtonBorder() const {
     return BorderPtr(new SimpleBorder(3, math::Colour(0.22f, 0.24f, 0.28f, 1), kLine));
 }

@@ -27,6 +27,8 @@ public:
     virtual FontFormaterPtr GetSmallFont() const;
     virtual BorderPtr GetPanelBorder() const;
     virtual BorderPtr GetWindowBorder() const;
+    // A window over other windows, such as a popup: nothing behind it shows through.
+    virtual BorderPtr GetOpaqueWindowBorder() const;
     virtual BorderPtr GetButtonBorder() const;
     virtual BorderPtr GetButtonHoverBorder() const;
     virtual BorderPtr GetButtonPressedBorder() const;

@@ -12,6 +12,7 @@
 #include "gui/LookAndFeel.h"
 #include "gui/Primitives.h"
 #include "input/KeyCodes.h"
+#include "rendering/Renderer.h"
 
 namespace app {
 namespace {
@@ -305,8 +306,21 @@ void Window::SetTitle(const util::String& title) {
     DoLayout();
 }
 
+void Window::DrawBorder() {
+    if (!IsPopup()) {
+        Widget::DrawBorder();
+        return;
+    }
+    rendering::Renderer& renderer = rendering::Renderer::Get();
+    const math::Colour saved = renderer.GetColor();
+    renderer.SetColor(math::Colour(saved.x, saved.y, saved.z, 1));
+    Widget::DrawBorder();
+    renderer.SetColor(saved);
+}
+
 gui::BorderPtr Window::GetLookBorder() const {
-    return gui::LookAndFeel::Get().GetWindowBorder();
+    const gui::LookAndFeel& look = gui::LookAndFeel::Get();
+    return IsPopup() ? look.GetOpaqueWindowBorder() : look.GetWindowBorder();
 }
 
 void Window::DoLayout() {

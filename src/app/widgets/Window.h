@@ -129,6 +129,8 @@ public:
     void DoLayout() override;
     void ChildChanged() override;
     void OnKey(input::KeyEvent& event) override;
+    // A popup's ground hides what lies behind it, whatever the interface's opacity.
+    void DrawBorder() override;
 
 protected:
     void OnBackgroundClick(const input::ClickEvent& event) override;

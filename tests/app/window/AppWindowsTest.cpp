@@ -293,11 +293,20 @@ TEST_F(AppWindowsTest, TheControlsActAsTheKeysAndTheConsoleWould) {
     for (const char* key : {"Option_Borders", "Option_AutoGlue", "Option_LeftClickMenus"}) {
         EXPECT_NE(FindControl<app::OptionCheckbox>(options, key), nullptr) << key;
     }
-    ASSERT_EQ(options.GetLanguages()->GetButtons().size(), 1u);
+    // The shipped languages, English chosen; choosing German makes every window anew in it.
+    ASSERT_EQ(app::OptionsWindow::FindLanguages(), (std::vector<String>{"English", "German"}));
     EXPECT_EQ(options.GetLanguages()->GetSelected(), 0);
+    options.GetLanguages()->SetSelected(1);
+    EXPECT_EQ(Model().language->Get(), "German");
+    EXPECT_EQ(KeptAs<app::OptionsWindow>("Options").GetTitle(), "Optionen");
+    EXPECT_EQ(dynamic_cast<app::Window&>(Kept("File")).GetTitle(), "Datei");
+    KeptAs<app::OptionsWindow>("Options").ChooseLanguage("English");
+    EXPECT_EQ(KeptAs<app::OptionsWindow>("Options").GetTitle(), Texts().Translate("Options"));
+    ASSERT_TRUE(Interface().ShowWidget("Options"));
+    const auto& english = KeptAs<app::OptionsWindow>("Options");
 
     // The reduced interface: the control keeps its three buttons, the others close.
-    app::OptionCheckbox* simple = FindControl<app::OptionCheckbox>(options, "Option_SimpleMode");
+    app::OptionCheckbox* simple = FindControl<app::OptionCheckbox>(english, "Option_SimpleMode");
     ASSERT_NE(simple, nullptr);
     ClickOn(*simple);
     EXPECT_TRUE(Interface().simpleMode->Get());

@@ -11,6 +11,7 @@
 #include <fstream>
 #include <vector>
 
+#include "app/App.h"
 #include "logging/LogCapture.h"
 #include "util/FileSystem.h"
 
@@ -146,20 +147,23 @@ TEST_F(LanguageTest, TheShippedEnglishHasEveryTextTheProgramAsksFor) {
     logging::LogCapture capture(lines);
     Language().Load("English");
     std::vector<String> keys = {
-        "PopupTitle", "SaveAsWhat",       "LoadSceneMenu", "Save",
-        "Cancel",     "NoScenes",         "EntityOptions", "BackgroundMenu",
-        "WaterMenu",  "Minimise_Tooltip", "Close_Tooltip", "SaveSceneName_Tooltip",
-        "EmptyGroup"};
+        "PopupTitle", "SaveAsWhat",       "LoadSceneMenu",  "Save",
+        "Cancel",     "NoScenes",         "EntityOptions",  "BackgroundMenu",
+        "WaterMenu",  "Minimise_Tooltip", "Close_Tooltip",  "SaveSceneName_Tooltip",
+        "EmptyGroup", "UnnamedScene",     "Option_Shaders", "Option_SimpleMode"};
     for (const char* tool : {"Sketch", "Brush", "Box", "Circle", "Plane", "Chain", "Spring",
                              "FixJoint", "Hinge", "Pen", "Drag", "Scale"}) {
         keys.push_back(String("Tool") + tool);
         keys.push_back(String("Tool") + tool + "_Tooltip");
     }
     for (const char* step :
-         {"Polygon",   "Hinge",           "Fixate",       "Spring",   "Erase",     "Pen",
-          "Box",       "Circle",          "Plane",        "Chain",    "Move",      "Clone",
-          "Rotate",    "Scale",           "Drag",         "SimStart", "LoadScene", "NewScene",
-          "CodePaste", "GroupAssignment", "GroupRemoval", "Snapshot"}) {
+         {"Polygon",      "Hinge",     "Fixate",        "Spring",         "Erase",
+          "Pen",          "Box",       "Circle",        "Plane",          "Chain",
+          "Move",         "Clone",     "Rotate",        "Scale",          "Drag",
+          "SimStart",     "LoadScene", "NewScene",      "CodePaste",      "GroupAssignment",
+          "GroupRemoval", "Snapshot",  "SliderChange",  "ImportVorralet", "Clear",
+          "Glue",         "Liquify",   "DissolveChain", "Mirror",         "CenterHinge",
+          "ToCircle",     "Loosen",    "RandomColor",   "RandomColors",   "TextEdit"}) {
         keys.push_back(String("Undo") + step);
     }
     for (const char* type :
@@ -171,6 +175,55 @@ TEST_F(LanguageTest, TheShippedEnglishHasEveryTextTheProgramAsksFor) {
         EXPECT_FALSE(Language().Translate(key).empty()) << key;
     }
     EXPECT_TRUE(Warnings(lines).empty()) << Warnings(lines).front();
+}
+
+TEST_F(LanguageTest, TheShippedGermanHasEveryKeyOfEnglishAndNoOther) {
+    util::FileSystem::Get().SetWorkDirectory(VORRA_DATA_DIR);
+    std::vector<logging::CapturedLine> lines;
+    {
+        logging::LogCapture capture(lines);
+        Language().Load("English");
+        Language().Load("German");
+    }
+    EXPECT_TRUE(Warnings(lines).empty()) << Warnings(lines).front();
+    ASSERT_EQ(Language().GetSelectedTable().size(), Language().GetEnglishTable().size());
+    for (const auto& [key, text] : Language().GetEnglishTable()) {
+        EXPECT_TRUE(Language().GetSelectedTable().find(key) != Language().GetSelectedTable().end())
+            << key;
+    }
+    // Read as the fonts draw it: one byte a character.
+    EXPECT_EQ(Language().Translate("Close"),
+              "Schlie\xdf"
+              "en");
+    EXPECT_EQ(Language().Translate("UndoErase"), "L\xf6schen");
+}
+
+TEST_F(LanguageTest, TheHelpFallsBackToEnglishAndThenToAWarning) {
+    if (!app::App::IsAlive()) {
+        new app::App();
+    }
+    script::TAttrib<String>& language = *app::App::Get().GetModel().language;
+    language.SetNative("Other");
+    std::ofstream(m_root / "language" / "English_help.txt", std::ios::binary)
+        << "Draw with the mouse. Gr\xc3\xbc\xc3\x9f"
+           "e";
+    std::vector<logging::CapturedLine> lines;
+    logging::LogCapture capture(lines);
+    EXPECT_EQ(Language().GetHelpText(),
+              "Draw with the mouse. Gr\xfc\xdf"
+              "e");
+    const String otherPath = app::Language::GetHelpFilePath("Other");
+    EXPECT_TRUE(Has(Warnings(lines), "Missing help file: " + otherPath));
+
+    std::filesystem::remove(m_root / "language" / "English_help.txt");
+    lines.clear();
+    const String text = Language().GetHelpText();
+    EXPECT_EQ(
+        text.rfind("WARNING: Language file missing (see console and Logfile.txt for details)", 0),
+        0u);
+    EXPECT_TRUE(
+        Has(Warnings(lines), "Missing help file: " + app::Language::GetHelpFilePath("English")));
+    language.SetNative("English");
 }
 
 }  // namespace
