@@ -27,7 +27,7 @@ public:
     virtual FontFormaterPtr GetSmallFont() const;
     virtual BorderPtr GetPanelBorder() const;
     virtual BorderPtr GetWindowBorder() const;
-    // A window over other windows, such as a popup: nothing behind it shows through.
+    // A window whose contents are read, over a busy picture: nothing shows through.
     virtual BorderPtr GetOpaqueWindowBorder() const;
     virtual BorderPtr GetButtonBorder() const;
     virtual BorderPtr GetButtonHoverBorder() const;

@@ -85,7 +85,7 @@ OptionsWindow::OptionsWindow()
     m_languages->GetOnChange().Add(self, [this]() {
         const int chosen = m_languages->GetSelected();
         if (chosen >= 0 && static_cast<size_t>(chosen) < m_languageNames.size()) {
-            ChooseLanguage(m_languageNames[static_cast<size_t>(chosen)]);
+            m_chosenLanguage = m_languageNames[static_cast<size_t>(chosen)];
         }
     });
     body->Add(ChoiceRow("Option_Language", m_languages));
@@ -159,6 +159,15 @@ std::vector<util::String> OptionsWindow::FindLanguages() {
     }
     std::sort(names.begin(), names.end());
     return names;
+}
+
+void OptionsWindow::Update(float dt) {
+    Window::Update(dt);
+    if (!m_chosenLanguage.empty()) {
+        const util::String language = std::move(m_chosenLanguage);
+        m_chosenLanguage.clear();
+        ChooseLanguage(language);
+    }
 }
 
 void OptionsWindow::ChooseLanguage(const util::String& language) {

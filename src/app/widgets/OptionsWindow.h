@@ -24,11 +24,15 @@ public:
     static void SetFullscreen(bool on);
 
     const gui::RadioGroupPtr& GetLanguages() const { return m_languages; }
+    // A language chosen by its button takes effect here: remaking the windows from inside
+    // the button's own click would pull the button from under it.
+    void Update(float dt) override;
 
     static constexpr float kWidth = 240;
 
 private:
     gui::RadioGroupPtr m_languages;
+    util::String m_chosenLanguage;
     std::vector<util::String> m_languageNames;
 };
 

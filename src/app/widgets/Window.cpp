@@ -307,10 +307,6 @@ void Window::SetTitle(const util::String& title) {
 }
 
 void Window::DrawBorder() {
-    if (!IsPopup()) {
-        Widget::DrawBorder();
-        return;
-    }
     rendering::Renderer& renderer = rendering::Renderer::Get();
     const math::Colour saved = renderer.GetColor();
     renderer.SetColor(math::Colour(saved.x, saved.y, saved.z, 1));
@@ -319,8 +315,7 @@ void Window::DrawBorder() {
 }
 
 gui::BorderPtr Window::GetLookBorder() const {
-    const gui::LookAndFeel& look = gui::LookAndFeel::Get();
-    return IsPopup() ? look.GetOpaqueWindowBorder() : look.GetWindowBorder();
+    return gui::LookAndFeel::Get().GetOpaqueWindowBorder();
 }
 
 void Window::DoLayout() {

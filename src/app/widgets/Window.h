@@ -129,7 +129,8 @@ public:
     void DoLayout() override;
     void ChildChanged() override;
     void OnKey(input::KeyEvent& event) override;
-    // A popup's ground hides what lies behind it, whatever the interface's opacity.
+    // The ground hides what lies behind it, whatever the interface's opacity: text over a
+    // running scene stays readable.
     void DrawBorder() override;
 
 protected:

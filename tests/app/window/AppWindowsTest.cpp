@@ -102,11 +102,13 @@ protected:
     static W& KeptAs(const String& name) {
         return dynamic_cast<W&>(Kept(name));
     }
-    // Shown on the interface. The widgets' names in the language are taken by their
-    // placements there, so the interface knows them as the kept ones.
+    // Shown on the interface, and found there by its name as the kept widget of that name.
     static bool IsOpen(const String& name) {
-        const app::WidgetPtr widget = Interface().GetKeptWidget(name);
-        return widget && widget->GetParent() == &Interface();
+        const gui::ComponentPtr found = Interface().FindWidget(name);
+        if (found) {
+            EXPECT_EQ(found.Get(), Interface().GetKeptWidget(name).Get()) << name;
+        }
+        return static_cast<bool>(found);
     }
     static void Run(const String& text) { script::Parser::Get().Execute(text); }
 
@@ -297,6 +299,7 @@ TEST_F(AppWindowsTest, TheControlsActAsTheKeysAndTheConsoleWould) {
     ASSERT_EQ(app::OptionsWindow::FindLanguages(), (std::vector<String>{"English", "German"}));
     EXPECT_EQ(options.GetLanguages()->GetSelected(), 0);
     options.GetLanguages()->SetSelected(1);
+    Interface().Update(0);
     EXPECT_EQ(Model().language->Get(), "German");
     EXPECT_EQ(KeptAs<app::OptionsWindow>("Options").GetTitle(), "Optionen");
     EXPECT_EQ(dynamic_cast<app::Window&>(Kept("File")).GetTitle(), "Datei");

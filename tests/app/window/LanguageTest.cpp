@@ -113,6 +113,17 @@ TEST_F(LanguageTest, ABrokenFileLeavesEnglishShowing) {
     ASSERT_FALSE(Warnings(lines).empty());
     EXPECT_EQ(Warnings(lines)[0].rfind("Error loading language ", 0), 0u) << Warnings(lines)[0];
     EXPECT_EQ(Language().Translate("Farewell"), "Goodbye");
+
+    // A value that is no text stops the reading there; English shows for the rest.
+    Write("Numbers", "Farewell = \"Tsch\xc3\xbcss\";\nGreeting = 3;\n");
+    lines.clear();
+    {
+        logging::LogCapture capture(lines);
+        Language().Load("Numbers");
+    }
+    EXPECT_TRUE(Has(Warnings(lines), "Error loading language Not a string"));
+    EXPECT_EQ(Language().Translate("Farewell"), "Tsch\xfcss") << "read before the number";
+    EXPECT_EQ(Language().Translate("Greeting"), "Hello");
 }
 
 TEST_F(LanguageTest, AKeyOnlyTheOtherLanguageHasIsStillUsed) {
