@@ -129,6 +129,10 @@ void AppGUI::ClosePopups() {
 void AppGUI::ShowPopup(const gui::ComponentPtr& popup) {
     ClosePopups();
     m_popupLayer->Add(popup);
+    RaisePopupLayer();
+}
+
+void AppGUI::RaisePopupLayer() {
     // The layer goes last, so that it draws above the widgets and hears events first.
     Remove(m_popupLayer);
     Add(m_popupLayer);
@@ -157,9 +161,7 @@ void AppGUI::SetUpWidgets() {
         }
     }
     m_simpleShown = simple;
-    // The popups stay above the widgets.
-    Remove(m_popupLayer);
-    Add(m_popupLayer);
+    RaisePopupLayer();
 }
 
 util::SharedPtr<Widget> AppGUI::GetKeptWidget(const util::String& name) const {
@@ -182,8 +184,7 @@ bool AppGUI::ShowWidget(const util::String& name) {
     // Opening one brings it above the others, the popups still above all.
     Remove(gui::ComponentPtr(widget));
     Add(gui::ComponentPtr(widget));
-    Remove(m_popupLayer);
-    Add(m_popupLayer);
+    RaisePopupLayer();
     return true;
 }
 
@@ -410,13 +411,14 @@ void AppGUI::GroupSelection() {
     if (selection->empty()) {
         return;
     }
-    const SnapshotPtr before(new app::Snapshot());
-    util::String name;
-    for (int i = 1; name.empty() || scene.GetGroup(name); ++i) {
-        name = "Group" + std::to_string(i);
-    }
-    scene.GetOrCreateGroup(name)->Add(*selection);
-    Undoer::Get().AddSnapshotStep(before, "UndoGroupAssignment");
+    RecordStep("UndoGroupAssignment", [&scene, &selection]() {
+        util::String name;
+        for (int i = 1; name.empty() || scene.GetGroup(name); ++i) {
+            name = "Group" + std::to_string(i);
+        }
+        scene.GetOrCreateGroup(name)->Add(*selection);
+        return true;
+    });
 }
 
 void AppGUI::UngroupSelection() {
@@ -425,14 +427,15 @@ void AppGUI::UngroupSelection() {
     if (selection->empty()) {
         return;
     }
-    const SnapshotPtr before(new app::Snapshot());
-    for (const GroupPtr& group :
-         std::vector<GroupPtr>(scene.GetGroups().begin(), scene.GetGroups().end())) {
-        if (group != selection && !group->GetName().empty()) {
-            group->Remove(*selection);
+    RecordStep("UndoGroupRemoval", [&scene, &selection]() {
+        for (const GroupPtr& group :
+             std::vector<GroupPtr>(scene.GetGroups().begin(), scene.GetGroups().end())) {
+            if (group != selection && !group->GetName().empty()) {
+                group->Remove(*selection);
+            }
         }
-    }
-    Undoer::Get().AddSnapshotStep(before, "UndoGroupRemoval");
+        return true;
+    });
 }
 
 void AppGUI::EraseSelection() {

@@ -108,6 +108,8 @@ private:
     // The tool that gets the mouse: the temporary, the override, else the base tool.
     Tool& GetTool() const;
 
+    // The popups above every widget.
+    void RaisePopupLayer();
     // The kept widgets' state into their placements; the reduced interface applied.
     void FollowWidgets();
 

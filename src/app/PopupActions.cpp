@@ -52,13 +52,14 @@ void FreeGeom(const GeomEntity& shape) {
     physics::Simulation::Get().AddBody(body);
 }
 
-// The loosening steps, mildest first. With act false a step only tells whether it would
-// free anything.
-bool FreeFromGround(const Group& group, bool act) {
+// Gives each finite shape of the group that the test picks a body of its own. With act
+// false it only tells whether there is one.
+bool FreeShapesWhere(const Group& group, bool act,
+                     bool (*held)(const physics::BodyPtr& body, const physics::BodyPtr& ground)) {
     const physics::BodyPtr& ground = physics::Simulation::Get().GetWorldBody();
     bool any = false;
     for (GeomEntity* shape : MembersOfKind<GeomEntity>(group, Scene::Get().GetEntities())) {
-        if (HasFiniteArea(*shape) && shape->GetBody() == ground) {
+        if (HasFiniteArea(*shape) && held(shape->GetBody(), ground)) {
             any = true;
             if (act) {
                 FreeGeom(*shape);
@@ -68,19 +69,20 @@ bool FreeFromGround(const Group& group, bool act) {
     return any;
 }
 
+// The loosening steps, mildest first. With act false a step only tells whether it would
+// free anything.
+bool FreeFromGround(const Group& group, bool act) {
+    return FreeShapesWhere(group, act,
+                           [](const physics::BodyPtr& body, const physics::BodyPtr& ground) {
+                               return body == ground;
+                           });
+}
+
 bool FreeFromSharedBodies(const Group& group, bool act) {
-    const physics::BodyPtr& ground = physics::Simulation::Get().GetWorldBody();
-    bool any = false;
-    for (GeomEntity* shape : MembersOfKind<GeomEntity>(group, Scene::Get().GetEntities())) {
-        const physics::BodyPtr body = shape->GetBody();
-        if (HasFiniteArea(*shape) && body && body != ground && body->GetGeoms().size() > 1) {
-            any = true;
-            if (act) {
-                FreeGeom(*shape);
-            }
-        }
-    }
-    return any;
+    return FreeShapesWhere(group, act,
+                           [](const physics::BodyPtr& body, const physics::BodyPtr& ground) {
+                               return body && body != ground && body->GetGeoms().size() > 1;
+                           });
 }
 
 bool RemoveFixJoints(const Group& group, bool act) {
@@ -402,7 +404,8 @@ gui::ComponentPtr FindPopup(const util::String& name) {
     if (App::IsAlive()) {
         for (const gui::ComponentPtr& popup :
              App::Get().GetAppGUI()->GetPopupLayer()->GetChildren()) {
-            if (popup->GetReflectedName() == name) {
+            const auto* widget = dynamic_cast<const Widget*>(popup.Get());
+            if (widget && widget->GetWidgetName() == name) {
                 return popup;
             }
         }

@@ -36,17 +36,7 @@ constexpr double kReopenGap = 0.5;
 const math::Colour kStandInFill(0.08f, 0.1f, 0.14f, 1);
 const math::Colour kStandInInk(0.32f, 0.38f, 0.48f, 1);
 
-// A row of components side by side.
-gui::ComponentPtr Row(const std::vector<gui::ComponentPtr>& parts) {
-    const gui::ComponentPtr row(new gui::Component("Row"));
-    row->SetLayout(gui::LayoutPtr(new gui::ListLayout(0, WindowStyle::kSpacing)));
-    for (const gui::ComponentPtr& part : parts) {
-        row->Add(part);
-    }
-    return row;
-}
-
-// The text cut to a width, ending in an ellipsis where it was too long.
+// The picture saved beside the scene, or null.
 rendering::TexturePtr LoadPicture(const util::String& scenePath) {
     const util::String path = Thumbnail::PathFor(scenePath);
     if (!util::FileSystem::Get().Exists(path)) {
@@ -128,7 +118,7 @@ FileWindow::FileWindow()
         const math::Vec2 border = push.GetOuterSize() - push.GetSize();
         push.SetFixedSize((kWidth - 2 * WindowStyle::kSpacing) / 3 - border.x, push.GetSize().y);
     }
-    body->Add(Row(buttons));
+    body->Add(WindowStyle::Row(buttons));
 
     for (const char* key : {"File_Scenes", "File_Vorralets"}) {
         SetTooltipFor(*m_listings->AddOption(Language::Get().Translate(key)), key);
@@ -154,7 +144,7 @@ FileWindow::FileWindow()
     // A name typed here is no step of the scene's history.
     m_name->SetRecordsUndo(false);
     SetTooltipFor(*m_name, "File_Name");
-    body->Add(Row({gui::ComponentPtr(m_name), gui::ComponentPtr(open)}));
+    body->Add(WindowStyle::Row({gui::ComponentPtr(m_name), gui::ComponentPtr(open)}));
 
     FillList();
     m_lastUpdate = util::Clock::Seconds();

@@ -67,15 +67,6 @@ void AddCheckbox(gui::Component& body, const char* key, const std::vector<Object
     }
 }
 
-gui::ComponentPtr Row(const std::vector<gui::ComponentPtr>& items) {
-    const gui::ComponentPtr row(new gui::Component("Row"));
-    row->SetLayout(gui::LayoutPtr(new gui::ListLayout(0, WindowStyle::kSpacing)));
-    for (const gui::ComponentPtr& item : items) {
-        row->Add(item);
-    }
-    return row;
-}
-
 // Paints the selection in one colour with a click.
 class ColorSwatch : public gui::AbstractButton {
 public:
@@ -207,7 +198,7 @@ void FillColorPanel(gui::Component& body, const GroupPtr& group) {
             [group, color]() { SetColors(*group, color); });
         swatches.push_back(swatch);
     }
-    body.Add(Row(swatches));
+    body.Add(WindowStyle::Row(swatches));
     body.Add(gui::ComponentPtr(
         MakeOptionButton(entities.size() == 1 ? "PanelRandomColor" : "PanelRandomColors",
                          [group]() { RandomColors(*group); })));
@@ -233,7 +224,7 @@ void FillCollisionPanel(gui::Component& body, const GroupPtr& group) {
         row.emplace_back(
             new BitCheckbox(layer + std::to_string(bit + 1), "PanelLayer", sets, bit, true));
         if (row.size() == kCollisionLayers / 2) {
-            body.Add(Row(row));
+            body.Add(WindowStyle::Row(row));
             row.clear();
         }
     }
@@ -254,7 +245,7 @@ void FillHingePanel(gui::Component& body, const GroupPtr& group) {
     AddCheckbox(body, "PanelAutoBrake", hinges, &HingeEntity::autoBrake);
     AddSlider(body, "PanelMotorSpeed", hinges, &HingeEntity::motorSpeed, 0, 20);
     AddSlider(body, "PanelMotorTorque", hinges, &HingeEntity::motorTorque, 1, 100000, true);
-    body.Add(Row({
+    body.Add(WindowStyle::Row({
         gui::ComponentPtr(MakeOptionButton(
             "PanelReverse", [group]() { SetHingeSwitch(group, &HingeEntity::ccw, true, false); })),
         gui::ComponentPtr(MakeOptionButton(
@@ -375,7 +366,7 @@ gui::ComponentPtr MakeButtonGrid(const std::vector<gui::ButtonPtr>& buttons, siz
         buttons[i]->SetFixedSize(cell.x, cell.y);
         row.emplace_back(buttons[i]);
         if (row.size() == columns || i + 1 == buttons.size()) {
-            grid->Add(Row(row));
+            grid->Add(WindowStyle::Row(row));
             row.clear();
         }
     }

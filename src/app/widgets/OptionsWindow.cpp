@@ -49,11 +49,8 @@ protected:
 gui::ComponentPtr ChoiceRow(const util::String& key, const gui::RadioGroupPtr& choices) {
     const gui::LabelPtr caption(new gui::Label(Language::Get().Translate(key)));
     SetTooltipFor(*caption, key);
-    const gui::ComponentPtr row(new gui::Component("ChoiceRow"));
-    row->SetLayout(gui::LayoutPtr(new gui::ListLayout(0, 2 * WindowStyle::kSpacing)));
-    row->Add(gui::ComponentPtr(caption));
-    row->Add(gui::ComponentPtr(choices));
-    return row;
+    return WindowStyle::Row({gui::ComponentPtr(caption), gui::ComponentPtr(choices)},
+                            2 * WindowStyle::kSpacing);
 }
 
 gui::ComponentPtr Heading(const util::String& key) {

@@ -9,6 +9,7 @@
 #include "app/widgets/Tooltip.h"
 #include "gui/Button.h"
 #include "gui/GUI.h"
+#include "gui/Layout.h"
 #include "gui/LookAndFeel.h"
 #include "gui/Primitives.h"
 #include "input/KeyCodes.h"
@@ -61,6 +62,15 @@ void DrawTurnArrow(float s, bool mirrored) {
 gui::BorderPtr WindowStyle::MarginBorder(float thickness) {
     return gui::BorderPtr(
         new gui::SimpleBorder(thickness, math::Colour(0, 0, 0, 0), math::Colour(0, 0, 0, 0)));
+}
+
+gui::ComponentPtr WindowStyle::Row(const std::vector<gui::ComponentPtr>& parts, float spacing) {
+    const gui::ComponentPtr row(new gui::Component("Row"));
+    row->SetLayout(gui::LayoutPtr(new gui::ListLayout(0, spacing)));
+    for (const gui::ComponentPtr& part : parts) {
+        row->Add(part);
+    }
+    return row;
 }
 
 // TitleButton.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "app/widgets/Widget.h"
 #include "gui/AbstractButton.h"
 #include "gui/Button.h"
@@ -23,6 +25,9 @@ struct WindowStyle {
     static math::Colour TitleLineColor() { return math::Colour(0.45f, 0.55f, 0.75f, 1); }
     // An empty frame of the margin's thickness: room around a component's contents.
     static gui::BorderPtr MarginBorder(float thickness = kMargin);
+    // Components side by side.
+    static gui::ComponentPtr Row(const std::vector<gui::ComponentPtr>& parts,
+                                 float spacing = kSpacing);
 };
 
 // One of the two buttons of a title bar, drawn as its symbol.

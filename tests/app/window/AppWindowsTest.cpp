@@ -1,11 +1,8 @@
 // The application's own windows on the interface: the simulation control, the status, the
 // file window, the options, the help and the about window are made by name, open where
 // they belong without covering the toolbar or each other, and come back where the
-// configuration says; their controls act as the keys and the console would. The scene's
-// picture beside its file is drawn from a real window.
+// configuration says; their controls act as the keys and the console would.
 
-#include <SDL.h>
-#include <SDL_image.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -13,13 +10,11 @@
 #include <fstream>
 #include <limits>
 
-#include "../../rendering/SanitizerSafeDriver.h"
 #include "../../util/LogCapture.h"
 #include "../SceneFixture.h"
 #include "AppFixture.h"
 #include "app/App.h"
 #include "app/AppGUI.h"
-#include "app/Background.h"
 #include "app/FileInfo.h"
 #include "app/Language.h"
 #include "app/Scene.h"
@@ -32,8 +27,6 @@
 #include "app/widgets/SimControl.h"
 #include "app/widgets/SimInfo.h"
 #include "app/widgets/WidgetFactory.h"
-#include "core/Subsystem.h"
-#include "gui/GUI.h"
 #include "gui/LookAndFeel.h"
 #include "gui/Text.h"
 #include "physics/Simulation.h"
@@ -386,83 +379,6 @@ TEST_F(AppWindowsTest, TheFileWindowListsEverySceneAndABrokenOneOnlyLogs) {
     ClickOn(*FindControl<gui::Button>(file, "File_New"));
     EXPECT_STREQ(app::Undoer::Get().GetUndoLabel(), "UndoNewScene");
     EXPECT_TRUE(app::Scene::Get().GetEntities().empty());
-}
-
-// The picture beside a scene file, drawn in a real window as the program's frame draws it.
-class ThumbnailTest : public test_app::SceneTest {
-protected:
-    static constexpr int kWidth = 320;
-    static constexpr int kHeight = 240;
-
-    static void SetUpTestSuite() {
-        test_rendering::UseSanitizerSafeDriver();
-        testing::internal::CaptureStdout();
-        util::FileSystem::Get().SetArgv0("app_window_tests");
-        testing::internal::GetCapturedStdout();
-        // The subsystem opens its log beside the executable, before the data tree is the
-        // work directory: the data tree stays clean.
-        core::Subsystem& subsystem = core::Subsystem::Get();
-        util::FileSystem::Get().SetWorkDirectory(VORRA_DATA_DIR);
-        // The one application of the run, under the main layer as main puts it.
-        if (!app::App::IsAlive()) {
-            new app::App();
-        }
-        gui::GUI::Get().GetMainLayer()->Add(gui::ComponentPtr(&app::App::Get()));
-        if (!app::Tools::IsAlive()) {
-            app::Tools::Create();
-        }
-        core::WindowParams params;
-        params.resolution = math::Vec2i(kWidth, kHeight);
-        params.resizable = false;
-        subsystem.CreateWindow(params);
-        test_rendering::KeepDriverLoaded();
-        subsystem.SetMaxFPS(std::numeric_limits<float>::infinity());
-        subsystem.BeginRun();
-    }
-};
-
-TEST_F(ThumbnailTest, ThePictureShowsTheSceneAndNotTheWindowsOverIt) {
-    app::App& application = app::App::Get();
-    application.GetBackground()->drawClouds->SetNative(false);
-    application.GetBackground()->skyColor->SetNative(math::Colour(1, 0, 0, 1));
-    GetScene().GetCamera().SetPan(Vec2(0, 1000));
-    // A window right over the middle of the screen.
-    const app::WidgetPtr about = app::WidgetFactory::Get().Make("About");
-    about->Show(*application.GetAppGUI());
-    about->SetScreenPosition(Vec2(40, 40));
-    ASSERT_TRUE(core::Subsystem::Get().RunFrame());
-    const Vec2 placed = about->GetScreenPosition();
-    ASSERT_LT(placed.y, 60);
-
-    const fs::path folder =
-        fs::path(testing::TempDir()) / ("vorra-thumb-" + std::to_string(getpid()));
-    fs::create_directories(folder);
-    const String scene = (folder / "red.vra").string();
-    ASSERT_TRUE(app::Thumbnail::SaveBeside(scene));
-    const String picture = app::Thumbnail::PathFor(scene);
-    ASSERT_TRUE(fs::exists(picture));
-    SDL_Surface* loaded = IMG_Load(picture.c_str());
-    ASSERT_NE(loaded, nullptr) << IMG_GetError();
-    SDL_Surface* image = SDL_ConvertSurfaceFormat(loaded, SDL_PIXELFORMAT_RGBA32, 0);
-    SDL_FreeSurface(loaded);
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(image->w, app::Thumbnail::kWidth);
-    EXPECT_EQ(image->h, app::Thumbnail::kHeight);
-    // Sky everywhere, the window's place included.
-    const auto* pixels = static_cast<const uint8_t*>(image->pixels);
-    for (const Vec2 at : {Vec2(80, 60), Vec2(10, 10), Vec2(150, 110)}) {
-        const uint8_t* pixel =
-            pixels + static_cast<int>(at.y) * image->pitch + static_cast<int>(at.x) * 4;
-        EXPECT_GT(pixel[0], 200) << at.x << "," << at.y;
-        EXPECT_LT(pixel[1], 40) << at.x << "," << at.y;
-        EXPECT_LT(pixel[2], 40) << at.x << "," << at.y;
-    }
-    SDL_FreeSurface(image);
-    // The interface is back where it was for the next frame.
-    EXPECT_EQ(application.GetAppGUI()->GetPosition(), Vec2(0, 0));
-    EXPECT_EQ(about->GetScreenPosition(), placed);
-    std::error_code ignored;
-    fs::remove_all(folder, ignored);
 }
 
 }  // namespace

@@ -6,11 +6,14 @@
 
 #include <GL/glew.h>
 #include <SDL.h>
+#include <SDL_image.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <limits>
 #include <string>
 #include <vector>
@@ -20,7 +23,9 @@
 #include "app/App.h"
 #include "app/Background.h"
 #include "app/Camera.h"
+#include "app/Thumbnail.h"
 #include "app/entities/PolyEntity.h"
+#include "app/widgets/WidgetFactory.h"
 #include "core/ResourceManager.h"
 #include "core/Subsystem.h"
 #include "gui/Console.h"
@@ -380,6 +385,42 @@ TEST_P(ShapeDrawTest, LaterEntitiesCoverEarlierOnes) {
 }
 
 INSTANTIATE_TEST_SUITE_P(ShadersOnAndOff, ShapeDrawTest, testing::Bool(), ShaderName);
+
+TEST_F(SceneDrawTest, ASavedScenesPictureShowsTheSceneAndNotTheWindowsOverIt) {
+    // A window right over the middle of the sky.
+    const app::WidgetPtr about = app::WidgetFactory::Get().Make("About");
+    about->Show(*App().GetAppGUI());
+    about->SetScreenPosition(Vec2(200, 150));
+    ASSERT_TRUE(core::Subsystem::Get().RunFrame());
+    const Vec2 placed = about->GetScreenPosition();
+
+    const std::filesystem::path folder =
+        std::filesystem::path(testing::TempDir()) / ("vorra-thumb-" + std::to_string(getpid()));
+    std::filesystem::create_directories(folder);
+    const util::String scene = (folder / "sky.vra").string();
+    ASSERT_TRUE(app::Thumbnail::SaveBeside(scene));
+    SDL_Surface* loaded = IMG_Load(app::Thumbnail::PathFor(scene).c_str());
+    ASSERT_NE(loaded, nullptr) << IMG_GetError();
+    SDL_Surface* image = SDL_ConvertSurfaceFormat(loaded, SDL_PIXELFORMAT_RGBA32, 0);
+    SDL_FreeSurface(loaded);
+    ASSERT_NE(image, nullptr);
+    EXPECT_EQ(image->w, app::Thumbnail::kWidth);
+    EXPECT_EQ(image->h, app::Thumbnail::kHeight);
+    // Sky everywhere, where the window lies included.
+    const auto* pixels = static_cast<const uint8_t*>(image->pixels);
+    for (const Vec2 at : {Vec2(80, 60), Vec2(10, 10), Vec2(150, 110)}) {
+        const uint8_t* p =
+            pixels + static_cast<int>(at.y) * image->pitch + static_cast<int>(at.x) * 4;
+        EXPECT_LE(Distance({p[0], p[1], p[2]}, ToRgb(kSky)), 3) << at.x << "," << at.y;
+    }
+    SDL_FreeSurface(image);
+    // The interface is back where it was for the next frame.
+    EXPECT_EQ(App().GetAppGUI()->GetPosition(), Vec2(0, 0));
+    EXPECT_EQ(about->GetScreenPosition(), placed);
+    about->Hide();
+    std::error_code ignored;
+    std::filesystem::remove_all(folder, ignored);
+}
 
 // Water
 
