@@ -29,7 +29,7 @@ void ChainTool::OnDragBegin(input::DragEvent& event) {
     }
     // Fixed for the whole drag, so that a zoom meanwhile does not mix link sizes.
     const float radius = kLinkRadiusInches * InchInWorld();
-    if (!IsUsablePoint(start) || !(radius > 0) || !math::IsFinite(radius)) {
+    if (!(radius > 0) || !math::IsFinite(radius)) {
         return;
     }
     m_startGeom = Scene::Get().GetGeomAt(start);

@@ -13,11 +13,6 @@
 
 namespace app {
 
-bool IsUsablePoint(const math::Vec2& point) {
-    return math::IsFinite(point) && std::fabs(point.x) <= kMaxCoordinate &&
-           std::fabs(point.y) <= kMaxCoordinate;
-}
-
 bool AddShapeStep(const util::SharedPtr<GeomEntity>& shape, bool glue, const char* label,
                   const char* what) {
     try {
@@ -73,9 +68,6 @@ void ShapeDragTool::OnDragBegin(input::DragEvent& event) {
     Tool::OnDragBegin(event);
     math::Vec2 start;
     if (!BeginGesture(event, start)) {
-        return;
-    }
-    if (!IsUsablePoint(start)) {
         return;
     }
     // On an entity the drag belongs to selecting and moving, unless the user draws freely.

@@ -8,14 +8,6 @@
 
 namespace app {
 
-// How far from the origin a new entity may go. Beyond it a float cannot tell apart the points
-// of a shape of on-screen size, and the world drops whatever falls that far anyway.
-constexpr float kMaxCoordinate = 1e6f;
-
-// A world point a tool may build on: finite and within reach. The window system may report
-// anything, and a NaN that reached a geom would spread through the whole simulation.
-bool IsUsablePoint(const math::Vec2& point);
-
 // Adds a new shape as one undo step: the scene before it, the shape (on the ground body when
 // glued) and the step. A failure is logged under the shape's name, and leaves the scene as it
 // was. True when the shape is in.

@@ -20,9 +20,6 @@ void SpringTool::OnDragBegin(input::DragEvent& event) {
     if (!BeginGesture(event, start)) {
         return;
     }
-    if (!IsUsablePoint(start)) {
-        return;
-    }
     m_startGeom = Scene::Get().GetGeomAt(start);
     m_startLocal = m_startGeom->GetInverseTransform().Apply(start);
     m_mouseGui = event.position;

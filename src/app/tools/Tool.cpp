@@ -1,8 +1,11 @@
 #include "app/tools/Tool.h"
 
+#include <cmath>
+
 #include "app/App.h"
 #include "app/Camera.h"
 #include "app/Scene.h"
+#include "math/MathUtil.h"
 #include "util/Clock.h"
 
 namespace app {
@@ -24,7 +27,12 @@ bool Tool::BeginGesture(const input::DragEvent& event, math::Vec2& start) {
     }
     Cancel();
     start = ToWorld(event.start);
-    return true;
+    return IsUsablePoint(start);
+}
+
+bool IsUsablePoint(const math::Vec2& point) {
+    return math::IsFinite(point) && std::fabs(point.x) <= kMaxCoordinate &&
+           std::fabs(point.y) <= kMaxCoordinate;
 }
 
 bool Tool::EndGesture(input::DragEvent& event) {

@@ -9,6 +9,14 @@
 
 namespace app {
 
+// How far from the origin a new entity may go. Beyond it a float cannot tell apart the points
+// of a shape of on-screen size, and the world drops whatever falls that far anyway.
+constexpr float kMaxCoordinate = 1e6f;
+
+// A world point a tool may build on: finite and within reach. The window system may report
+// anything, and a NaN that reached a geom would spread through the whole simulation.
+bool IsUsablePoint(const math::Vec2& point);
+
 class Painter;
 class Tool;
 using ToolPtr = util::SharedPtr<Tool>;
@@ -38,7 +46,8 @@ public:
 
 protected:
     // The start of a left-button gesture that no one took: drops what an unfinished one
-    // left and gives the start in the world, or false.
+    // left and gives the start in the world, or false, also where the start is no usable
+    // point.
     bool BeginGesture(const input::DragEvent& event, math::Vec2& start);
     // The end of the gesture in progress, taken here; a gesture whose end someone else took
     // is cancelled. False when there is nothing to finish.
