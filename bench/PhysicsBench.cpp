@@ -8,6 +8,9 @@
 //   --detail                    also prints the profiler's tree of a step
 //   --narrow                    sweeps contacts with four-lane vectors even where the
 //                               processor has eight, as older processors would
+//   --threads N                 steps on N threads (1 without it); the results are the same
+//   --time-only                 only the step time and the final-state check: no profiled
+//                               split and no collider timings, for side-by-side runs
 
 #include <algorithm>
 #include <chrono>
@@ -30,6 +33,7 @@
 #include "physics/SPH.h"
 #include "physics/Shapes.h"
 #include "physics/Simulation.h"
+#include "physics/StepWorkers.h"
 #include "util/Pointee.h"
 #include "util/Profiler.h"
 #include "util/Random.h"
@@ -372,7 +376,7 @@ double NodeTotal(const util::Profiler::Node& node, const char* name) {
 double TimeCollider(bool broadPhase, int repeats, size_t& contactCount) {
     physics::Collider collider(broadPhase);
     std::vector<double> times;
-    std::vector<physics::ContactPtr> contacts;
+    physics::ContactList contacts;
     for (int i = 0; i < repeats; ++i) {
         contacts.clear();
         const double start = Now();
@@ -407,6 +411,7 @@ const util::Profiler::Node* FindNode(const util::Profiler::Node& node, const cha
 }
 
 bool g_detail = false;
+bool g_timeOnly = false;
 
 // One step as the program's frame has it: the step, then the sweep of the handles that
 // the step's contacts left, which the frame does once a frame. Without the sweep every
@@ -421,33 +426,21 @@ double FrameStep(double& sweepSeconds) {
     return stepped - start;
 }
 
-void RunScene(const Scene& scene) {
+// Steps on with the profiler's scopes timed, and times the collider with and without its
+// broad phase: where a step's time goes. Without the profile (for side-by-side runs) the
+// steps still run, so that the final state is the same either way.
+std::string Split(const Scene& scene, const std::vector<BodyPtr>& bodies) {
     Simulation& sim = Simulation::Get();
-    sim.Clear();
-    std::vector<BodyPtr> bodies;
-    scene.build(bodies);
-
-    double sweepSeconds = 0;
-    for (int i = 0; i < scene.settleSteps; ++i) {
-        FrameStep(sweepSeconds);
-    }
-    sweepSeconds = 0;
-    std::vector<double> stepTimes;
-    stepTimes.reserve(scene.measuredSteps);
-    for (int i = 0; i < scene.measuredSteps; ++i) {
-        stepTimes.push_back(FrameStep(sweepSeconds));
-    }
-    const double msPerStep = Median(stepTimes) * 1000;
-    const double sweepMs = sweepSeconds * 1000 / scene.measuredSteps;
-
-    // The split, from a further run with the profiler's scopes timed.
     util::Profiler& profiler = util::Profiler::Get();
     profiler.Reset();
-    profiler.SetOutputOn(true);
+    profiler.SetOutputOn(!g_timeOnly);
     const int splitSteps = std::max(scene.measuredSteps / 3, 20);
     double splitSweepSeconds = 0;
     for (int i = 0; i < splitSteps; ++i) {
         FrameStep(splitSweepSeconds);
+    }
+    if (g_timeOnly) {
+        return std::string();
     }
     const util::Profiler::Node& root = profiler.GetRoot();
     const double perStep = 1000.0 / splitSteps;
@@ -476,10 +469,7 @@ void RunScene(const Scene& scene) {
                                     plainContacts);
     plainContacts = scene.pileUp ? broadContacts : plainContacts;
 
-    std::string line = std::string("scene=") + scene.name +
-                       " bodies=" + std::to_string(bodies.size()) +
-                       " particles=" + std::to_string(particles) +
-                       " contacts=" + std::to_string(sim.GetContacts().size());
+    std::string line;
     if (particles > 0) {
         // Other particles within the kernel radius, the particle itself not counted.
         double listed = 0;
@@ -488,7 +478,6 @@ void RunScene(const Scene& scene) {
         }
         line += Field("neighbours", listed / static_cast<double>(particles));
     }
-    line += Field("ms_per_step", msPerStep) + Field("sweep_ms", sweepMs);
     line +=
         Field("neighbour_search_ms", neighbours) + Field("sph_forces_ms", fluidForces) +
         Field("smoothing_ms", smoothing) + Field("collide_ms", collide) + Field("cache_ms", cache) +
@@ -496,6 +485,35 @@ void RunScene(const Scene& scene) {
         Field("other_ms", step - neighbours - fluidForces - smoothing - collide - cache - solver);
     line += Field("broadphase_collide_ms", broad) + Field("plain_collide_ms", plain);
     line += broadContacts == plainContacts ? " same_contacts=yes" : " same_contacts=no";
+    return line;
+}
+
+void RunScene(const Scene& scene) {
+    Simulation& sim = Simulation::Get();
+    sim.Clear();
+    std::vector<BodyPtr> bodies;
+    scene.build(bodies);
+
+    double sweepSeconds = 0;
+    for (int i = 0; i < scene.settleSteps; ++i) {
+        FrameStep(sweepSeconds);
+    }
+    sweepSeconds = 0;
+    std::vector<double> stepTimes;
+    stepTimes.reserve(scene.measuredSteps);
+    for (int i = 0; i < scene.measuredSteps; ++i) {
+        stepTimes.push_back(FrameStep(sweepSeconds));
+    }
+    const double msPerStep = Median(stepTimes) * 1000;
+    const double sweepMs = sweepSeconds * 1000 / scene.measuredSteps;
+
+    std::string line = std::string("scene=") + scene.name +
+                       " threads=" + std::to_string(physics::StepWorkers::Get().GetThreadCount()) +
+                       " bodies=" + std::to_string(bodies.size()) +
+                       " particles=" + std::to_string(sim.GetParticles().size()) +
+                       " contacts=" + std::to_string(sim.GetContacts().size());
+    line += Field("ms_per_step", msPerStep) + Field("sweep_ms", sweepMs);
+    line += Split(scene, bodies);
     line += scene.check(bodies);
     std::printf("%s\n", line.c_str());
     std::fflush(stdout);
@@ -507,6 +525,7 @@ void RunScene(const Scene& scene) {
 int main(int argc, char** argv) {
     physics::Simulation::Create();
     physics::SPH::Create();
+    physics::StepWorkers::Get().SetThreadCount(1);
     const std::vector<Scene> scenes = AllScenes();
     if (argc == 2 && std::strcmp(argv[1], "--list") == 0) {
         for (const Scene& scene : scenes) {
@@ -518,6 +537,15 @@ int main(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--detail") == 0) {
             g_detail = true;
+            continue;
+        }
+        if (std::strcmp(argv[i], "--threads") == 0 && i + 1 < argc) {
+            physics::StepWorkers::Get().SetThreadCount(
+                static_cast<unsigned>(std::max(1, std::atoi(argv[++i]))));
+            continue;
+        }
+        if (std::strcmp(argv[i], "--time-only") == 0) {
+            g_timeOnly = true;
             continue;
         }
         if (std::strcmp(argv[i], "--narrow") == 0) {

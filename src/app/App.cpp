@@ -73,7 +73,6 @@ void App::Update(float dt) {
         Scene::Get().GetCamera().SetViewport(math::Vec2(0, 0), GetSize());
     }
     m_model.Update(dt);
-    m_contacts = physics::Simulation::Get().GetContacts();
     m_background->SetSize(GetSize().x, GetSize().y);
     m_background->Update(dt);
     using math::IsFinite;
@@ -376,15 +375,19 @@ void App::DrawParticleCenters() const {
     glEnd();
 }
 
+const physics::ContactList& App::GetContacts() const {
+    return physics::Simulation::Get().GetContacts();
+}
+
 void App::DrawCollisions() const {
     const OverlayScope scope;
     glBegin(GL_LINES);
-    for (const physics::ContactPtr& contact : m_contacts) {
-        const math::Vec2 p = contact->GetPoint();
-        const math::Vec2 n = contact->GetNormal();
-        const math::Vec2 impulse = p + n * contact->GetImpulseNormal() +
-                                   contact->GetTangent() * contact->GetImpulseTangent();
-        const math::Vec2 depth = p + n * contact->GetDepth();
+    for (const physics::Contact& contact : GetContacts()) {
+        const math::Vec2 p = contact.GetPoint();
+        const math::Vec2 n = contact.GetNormal();
+        const math::Vec2 impulse =
+            p + n * contact.GetImpulseNormal() + contact.GetTangent() * contact.GetImpulseTangent();
+        const math::Vec2 depth = p + n * contact.GetDepth();
         glColor4f(0.5f, 0, 0, 0.5f);
         glVertex2f(p.x, p.y);
         glVertex2f(impulse.x, impulse.y);
@@ -396,10 +399,10 @@ void App::DrawCollisions() const {
     // White while the contact is younger than half a second of simulated time.
     const double now = physics::Simulation::Get().GetSimulatedTime();
     glBegin(GL_POINTS);
-    for (const physics::ContactPtr& contact : m_contacts) {
-        const bool young = now - contact->GetCreationTime() < 0.5;
+    for (const physics::Contact& contact : GetContacts()) {
+        const bool young = now - contact.GetCreationTime() < 0.5;
         glColor4f(1, young ? 1.0f : 0.0f, young ? 1.0f : 0.0f, 1);
-        glVertex2f(contact->GetPoint().x, contact->GetPoint().y);
+        glVertex2f(contact.GetPoint().x, contact.GetPoint().y);
     }
     glEnd();
 }

@@ -60,7 +60,8 @@ public:
     // The world box the window shows.
     math::BoundingBox2f GetViewBox() const;
     // The contacts of the latest step, kept while the simulation pauses.
-    const std::vector<physics::ContactPtr>& GetContacts() const { return m_contacts; }
+    // The contacts of the last step, which the collision overlay draws.
+    const physics::ContactList& GetContacts() const;
 
     // Window pixels a second that an arrow key moves the view.
     static constexpr float kPanSpeed = 400;
@@ -86,7 +87,6 @@ private:
     rendering::TexturePtr m_fadeTexture;
     std::vector<EntityPtr> m_visible;
     std::function<void(Painter&)> m_toolOverlay;
-    std::vector<physics::ContactPtr> m_contacts;
     bool m_firstRun = false;
 };
 

@@ -127,11 +127,11 @@ void Snapshot::CaptureContacts() {
     for (const Drop& drop : m_water) {
         held.insert(drop.particle.Get());
     }
-    const std::vector<physics::ContactPtr>& contacts =
+    const physics::ContactList& contacts =
         physics::Simulation::Get().GetContactCache().GetContacts();
     m_contacts.reserve(contacts.size());
-    for (const physics::ContactPtr& contact : contacts) {
-        if (held.count(contact->bodies[0]) && held.count(contact->bodies[1])) {
+    for (const physics::Contact& contact : contacts) {
+        if (held.count(contact.bodies[0]) && held.count(contact.bodies[1])) {
             m_contacts.push_back(contact);
         }
     }

@@ -94,7 +94,7 @@ private:
     script::CodeBlockPtr m_script;
     // The world's order of bodies, its contacts and the fluid's random stream.
     physics::BodyList m_bodyOrder;
-    std::vector<physics::ContactPtr> m_contacts;
+    physics::ContactList m_contacts;
     physics::SPH::JitterState m_jitter;
 };
 

@@ -12,6 +12,7 @@
 #include "physics/Polygon.h"
 #include "physics/SPH.h"
 #include "physics/Shapes.h"
+#include "physics/StepWorkers.h"
 #include "util/LexicalCast.h"
 #include "util/Profiler.h"
 
@@ -19,6 +20,18 @@ namespace physics {
 namespace {
 
 using math::Vec2;
+
+// Candidate pairs, or particles, per part of a parallel walk: fewer go on one thread. The
+// tests of boxes and circles cost less than handing their contacts from one core's cache
+// to the other's, so those groups stay on one thread; polygons' distance maps and the
+// water's particles are worth sharing.
+constexpr size_t kPolygonPairGrain = 64;
+constexpr size_t kOnOneThread = SIZE_MAX;
+constexpr size_t kParticleGrain = 1024;
+
+// Where a helper thread counts the bad contacts it met, to be logged once its part is
+// joined; null on the thread that steps, which logs them at once.
+thread_local size_t* t_deferredBadContacts = nullptr;
 
 math::BoundingBox2f BoxOfCircle(const Vec2& centre, float radius) {
     math::BoundingBox2f box;
@@ -69,8 +82,8 @@ float Extent(const math::OBB2D& o, const Vec2& axis) {
 
 // Vertices of one shape against the distance field of the other, with a running index that
 // steps before each use: the first vertex tested is 1.
-void VerticesAgainstField(std::vector<ContactPtr>& contacts, const Vec2* vertices, size_t count,
-                          Geom* field, Geom* owner, size_t& index) {
+void VerticesAgainstField(ContactList& contacts, const Vec2* vertices, size_t count, Geom* field,
+                          Geom* owner, size_t& index) {
     for (size_t i = 0; i < count; ++i) {
         const Vec2& v = vertices[i];
         ++index;
@@ -83,13 +96,52 @@ void VerticesAgainstField(std::vector<ContactPtr>& contacts, const Vec2* vertice
 
 }  // namespace
 
-void Collider::AddContact(std::vector<ContactPtr>& contacts, Geom* a, Geom* b, size_t index,
-                          const Vec2& point, const Vec2& normal, float depth) {
-    if (!math::IsFinite(point) || !math::IsFinite(normal) || !math::IsFinite(depth)) {
-        Log(logging::Error, "Collision detection reported bad contact");
+void Collider::LogBadContact() {
+    Log(logging::Error, "Collision detection reported bad contact");
+}
+
+template <class Test>
+void Collider::InParts(ContactList& contacts, size_t count, size_t grain, Test test) {
+    StepWorkers& workers = StepWorkers::Get();
+    const size_t parts = workers.PartsFor(count, grain);
+    if (parts <= 1) {
+        test(contacts, size_t{0}, count);
         return;
     }
-    contacts.emplace_back(new Contact(a, b, index, point, normal, depth));
+    m_partContacts.resize(parts);
+    m_partBadContacts.resize(parts);
+    std::fill(m_partBadContacts.begin(), m_partBadContacts.end(), size_t{0});
+    workers.ForParts(count, grain, [&](size_t part, size_t first, size_t last) {
+        // The first part writes straight into the list; the others are appended after it.
+        if (part == 0) {
+            test(contacts, first, last);
+            return;
+        }
+        ContactList& out = m_partContacts[part];
+        out.clear();
+        t_deferredBadContacts = &m_partBadContacts[part];
+        test(out, first, last);
+        t_deferredBadContacts = nullptr;
+    });
+    for (size_t part = 1; part < parts; ++part) {
+        contacts.insert(contacts.end(), m_partContacts[part].begin(), m_partContacts[part].end());
+        for (size_t bad = 0; bad < m_partBadContacts[part]; ++bad) {
+            LogBadContact();
+        }
+    }
+}
+
+void Collider::AddContact(ContactList& contacts, Geom* a, Geom* b, size_t index, const Vec2& point,
+                          const Vec2& normal, float depth) {
+    if (!math::IsFinite(point) || !math::IsFinite(normal) || !math::IsFinite(depth)) {
+        if (t_deferredBadContacts) {
+            ++*t_deferredBadContacts;
+        } else {
+            LogBadContact();
+        }
+        return;
+    }
+    contacts.emplace_back(a, b, index, point, normal, depth);
 }
 
 void Collider::AssignBodies(const BodyList& bodies, const ParticleList& particles) {
@@ -111,6 +163,8 @@ void Collider::AssignBodies(const BodyList& bodies, const ParticleList& particle
             Geom* g = placed.geom.Get();
             switch (g->GetCollides()) {
                 case Geom::Collides::AsPolygon:
+                    // The pair tests read the maps on several threads.
+                    static_cast<Polygon*>(g)->FinishPendingMaps();
                     m_polygons.push_back({body.Get(), static_cast<Polygon*>(g)});
                     break;
                 case Geom::Collides::AsCircle: {
@@ -206,7 +260,7 @@ void Collider::MarkCrowds() {
     }
 }
 
-bool Collider::Full(const std::vector<ContactPtr>& contacts) {
+bool Collider::Full(const ContactList& contacts) {
     if (contacts.size() < m_contactLimit) {
         return false;
     }
@@ -220,7 +274,7 @@ bool Collider::Full(const std::vector<ContactPtr>& contacts) {
     return true;
 }
 
-void Collider::Collide(std::vector<ContactPtr>& contacts) {
+void Collider::Collide(ContactList& contacts) {
     VORRA_PROFILE("Collider::Collide");
     {
         VORRA_PROFILE("Plane");
@@ -232,20 +286,39 @@ void Collider::Collide(std::vector<ContactPtr>& contacts) {
     auto flagsOf = [crowded](const util::VectorPOD<uint8_t>& flags) {
         return crowded ? flags.data() : nullptr;
     };
-    auto walkPairs = [&](auto test) {
+    // The pairs are cut into parts for the step's threads, and the parts' contacts joined
+    // in pair order. Only where the join reaches the contact limit could a plain walk have
+    // stopped early: then the group is walked again, in order, checking before each pair.
+    // A part stops once it alone would reach the limit, so memory stays bounded.
+    auto walkPairs = [&](size_t grain, auto test) {
+        const size_t before = contacts.size();
+        if (StepWorkers::Get().PartsFor(m_pairs.size(), grain) > 1 && !Full(contacts)) {
+            const size_t room = m_contactLimit - before;
+            InParts(contacts, m_pairs.size(), grain,
+                    [&](ContactList& out, size_t first, size_t last) {
+                        const size_t start = out.size();
+                        for (size_t k = first; k < last && out.size() - start < room; ++k) {
+                            test(out, m_pairs[k].first, m_pairs[k].second);
+                        }
+                    });
+            if (contacts.size() < m_contactLimit) {
+                return;
+            }
+            contacts.erase(contacts.begin() + static_cast<ptrdiff_t>(before), contacts.end());
+        }
         for (const auto& [i, j] : m_pairs) {
             if (Full(contacts)) {
                 return;
             }
-            test(i, j);
+            test(contacts, i, j);
         }
     };
-    auto walkWithin = [&](size_t n, const std::vector<math::BoundingBox2f>& bounds,
+    auto walkWithin = [&](size_t grain, size_t n, const std::vector<math::BoundingBox2f>& bounds,
                           const util::VectorPOD<uint8_t>& flags, auto test) {
         if (!m_broadPhase) {
             for (size_t i = 0; i < n; ++i) {
                 for (size_t j = i + 1; j < n && !Full(contacts); ++j) {
-                    test(i, j);
+                    test(contacts, i, j);
                 }
             }
             return;
@@ -254,16 +327,17 @@ void Collider::Collide(std::vector<ContactPtr>& contacts) {
             VORRA_PROFILE("Pairs");
             m_pairFinder.Within(bounds, m_pairs, flagsOf(flags));
         }
-        walkPairs(test);
+        walkPairs(grain, test);
     };
-    auto walkAcross = [&](size_t n, size_t m, const std::vector<math::BoundingBox2f>& first,
+    auto walkAcross = [&](size_t grain, size_t n, size_t m,
+                          const std::vector<math::BoundingBox2f>& first,
                           const util::VectorPOD<uint8_t>& firstFlags,
                           const std::vector<math::BoundingBox2f>& second,
                           const util::VectorPOD<uint8_t>& secondFlags, auto test) {
         if (!m_broadPhase) {
             for (size_t i = 0; i < n; ++i) {
                 for (size_t j = 0; j < m && !Full(contacts); ++j) {
-                    test(i, j);
+                    test(contacts, i, j);
                 }
             }
             return;
@@ -272,50 +346,55 @@ void Collider::Collide(std::vector<ContactPtr>& contacts) {
             VORRA_PROFILE("Pairs");
             m_pairFinder.Across(first, second, m_pairs, flagsOf(firstFlags), flagsOf(secondFlags));
         }
-        walkPairs(test);
+        walkPairs(grain, test);
     };
     {
         VORRA_PROFILE("Polygon-Polygon");
-        walkWithin(m_polygons.size(), m_polygonBounds, m_polygonFlags, [&](size_t i, size_t j) {
-            CollidePolygonPolygon(contacts, m_polygons[i], m_polygons[j]);
-        });
+        walkWithin(kPolygonPairGrain, m_polygons.size(), m_polygonBounds, m_polygonFlags,
+                   [&](ContactList& out, size_t i, size_t j) {
+                       CollidePolygonPolygon(out, m_polygons[i], m_polygons[j]);
+                   });
     }
     {
         VORRA_PROFILE("Circle-Circle");
-        walkWithin(m_circles.size(), m_circleBounds, m_circleFlags, [&](size_t i, size_t j) {
-            CollideCircleCircle(contacts, m_circles[i], m_circles[j]);
-        });
+        walkWithin(kOnOneThread, m_circles.size(), m_circleBounds, m_circleFlags,
+                   [&](ContactList& out, size_t i, size_t j) {
+                       CollideCircleCircle(out, m_circles[i], m_circles[j]);
+                   });
     }
     {
         VORRA_PROFILE("Circle-Polygon");
-        walkAcross(m_circles.size(), m_polygons.size(), m_circleBounds, m_circleFlags,
-                   m_polygonBounds, m_polygonFlags, [&](size_t i, size_t j) {
-                       CollideCirclePolygon(contacts, m_circles[i], m_polygons[j]);
+        walkAcross(kPolygonPairGrain, m_circles.size(), m_polygons.size(), m_circleBounds,
+                   m_circleFlags, m_polygonBounds, m_polygonFlags,
+                   [&](ContactList& out, size_t i, size_t j) {
+                       CollideCirclePolygon(out, m_circles[i], m_polygons[j]);
                    });
     }
     {
         VORRA_PROFILE("Box-Box");
-        walkWithin(m_boxes.size(), m_boxBounds, m_boxFlags,
-                   [&](size_t i, size_t j) { CollideBoxBox(contacts, m_boxes[i], m_boxes[j]); });
+        walkWithin(kOnOneThread, m_boxes.size(), m_boxBounds, m_boxFlags,
+                   [&](ContactList& out, size_t i, size_t j) {
+                       CollideBoxBox(out, m_boxes[i], m_boxes[j]);
+                   });
     }
     {
         VORRA_PROFILE("Box-Polygon");
-        walkAcross(m_boxes.size(), m_polygons.size(), m_boxBounds, m_boxFlags, m_polygonBounds,
-                   m_polygonFlags, [&](size_t i, size_t j) {
-                       CollideBoxPolygon(contacts, m_boxes[i], m_polygons[j]);
+        walkAcross(kPolygonPairGrain, m_boxes.size(), m_polygons.size(), m_boxBounds, m_boxFlags,
+                   m_polygonBounds, m_polygonFlags, [&](ContactList& out, size_t i, size_t j) {
+                       CollideBoxPolygon(out, m_boxes[i], m_polygons[j]);
                    });
     }
     {
         VORRA_PROFILE("Box-Circle");
-        walkAcross(m_boxes.size(), m_circles.size(), m_boxBounds, m_boxFlags, m_circleBounds,
-                   m_circleFlags, [&](size_t i, size_t j) {
-                       CollideBoxCircle(contacts, m_boxes[i], m_circles[j]);
+        walkAcross(kOnOneThread, m_boxes.size(), m_circles.size(), m_boxBounds, m_boxFlags,
+                   m_circleBounds, m_circleFlags, [&](ContactList& out, size_t i, size_t j) {
+                       CollideBoxCircle(out, m_boxes[i], m_circles[j]);
                    });
     }
     CollideWater(contacts);
 }
 
-void Collider::CollideWater(std::vector<ContactPtr>& contacts) {
+void Collider::CollideWater(ContactList& contacts) {
     if (m_particles.empty()) {
         return;
     }
@@ -397,25 +476,31 @@ void Collider::CollideWater(std::vector<ContactPtr>& contacts) {
     }
 }
 
-void Collider::WaterAgainst(std::vector<ContactPtr>& contacts, Geom* geom,
-                            const math::BoundingBox2f& reach) {
+void Collider::WaterAgainst(ContactList& contacts, Geom* geom, const math::BoundingBox2f& reach) {
     const float margin = m_particleMargin;
     if (Full(contacts)) {
         return;
     }
-    for (Particle* particle : m_particles) {
-        const Vec2& p = particle->position;
-        if (!reach.Contains(p)) {
-            continue;
-        }
-        const float d = geom->Dist(p);
-        if (d < margin) {
-            AddContact(contacts, geom, &particle->GetGeom(), 0, p, geom->Normal(p), margin - d);
-        }
-    }
+    // The limit is checked once per geom, so the parts' joined contacts are exactly what
+    // one walk over the particles would give.
+    InParts(contacts, m_particles.size(), kParticleGrain,
+            [&](ContactList& out, size_t first, size_t last) {
+                for (size_t k = first; k < last; ++k) {
+                    Particle* particle = m_particles[k];
+                    const Vec2& p = particle->position;
+                    if (!reach.Contains(p)) {
+                        continue;
+                    }
+                    const float d = geom->Dist(p);
+                    if (d < margin) {
+                        AddContact(out, geom, &particle->GetGeom(), 0, p, geom->Normal(p),
+                                   margin - d);
+                    }
+                }
+            });
 }
 
-void Collider::CollidePlanes(std::vector<ContactPtr>& contacts) {
+void Collider::CollidePlanes(ContactList& contacts) {
     for (Plane* plane : m_planes) {
         if (Full(contacts)) {
             return;
@@ -473,8 +558,7 @@ void Collider::CollidePlanes(std::vector<ContactPtr>& contacts) {
     }
 }
 
-void Collider::CollidePolygonPolygon(std::vector<ContactPtr>& contacts, PolygonEntry& a,
-                                     PolygonEntry& b) {
+void Collider::CollidePolygonPolygon(ContactList& contacts, PolygonEntry& a, PolygonEntry& b) {
     if (!CanCollide(a.body, a.polygon, b.body, b.polygon)) {
         return;
     }
@@ -497,7 +581,7 @@ void Collider::CollidePolygonPolygon(std::vector<ContactPtr>& contacts, PolygonE
     VerticesAgainstField(contacts, vb.data(), vb.size(), a.polygon, b.polygon, index);
 }
 
-void Collider::CollideCircleCircle(std::vector<ContactPtr>& contacts, const CircleEntry& a,
+void Collider::CollideCircleCircle(ContactList& contacts, const CircleEntry& a,
                                    const CircleEntry& b) {
     if (!CanCollide(a.body, a.circle, b.body, b.circle)) {
         return;
@@ -515,8 +599,7 @@ void Collider::CollideCircleCircle(std::vector<ContactPtr>& contacts, const Circ
                overlap);
 }
 
-void Collider::CollideCirclePolygon(std::vector<ContactPtr>& contacts, const CircleEntry& c,
-                                    PolygonEntry& p) {
+void Collider::CollideCirclePolygon(ContactList& contacts, const CircleEntry& c, PolygonEntry& p) {
     if (!CanCollide(c.body, c.circle, p.body, p.polygon)) {
         return;
     }
@@ -573,7 +656,7 @@ void Collider::CollideCirclePolygon(std::vector<ContactPtr>& contacts, const Cir
     }
 }
 
-void Collider::CollideBoxBox(std::vector<ContactPtr>& contacts, Box* a, Box* b) {
+void Collider::CollideBoxBox(ContactList& contacts, Box* a, Box* b) {
     if (!CanCollide(a->GetBody(), a, b->GetBody(), b)) {
         return;
     }
@@ -655,7 +738,7 @@ void Collider::CollideBoxBox(std::vector<ContactPtr>& contacts, Box* a, Box* b) 
     AddContact(contacts, geoms[r], geoms[q], 1 - index1, p2, n, -d2);
 }
 
-void Collider::CollideBoxPolygon(std::vector<ContactPtr>& contacts, Box* box, PolygonEntry& p) {
+void Collider::CollideBoxPolygon(ContactList& contacts, Box* box, PolygonEntry& p) {
     if (!CanCollide(box->GetBody(), box, p.body, p.polygon)) {
         return;
     }
@@ -671,7 +754,7 @@ void Collider::CollideBoxPolygon(std::vector<ContactPtr>& contacts, Box* box, Po
     VerticesAgainstField(contacts, corners, 4, p.polygon, box, index);
 }
 
-void Collider::CollideBoxCircle(std::vector<ContactPtr>& contacts, Box* box, const CircleEntry& c) {
+void Collider::CollideBoxCircle(ContactList& contacts, Box* box, const CircleEntry& c) {
     if (!CanCollide(box->GetBody(), box, c.body, c.circle)) {
         return;
     }

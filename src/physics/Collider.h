@@ -39,14 +39,14 @@ public:
     // Sorts the bodies' geoms into the shape lists and takes the particles, with the skin
     // that the fluid's present radius gives them.
     void AssignBodies(const BodyList& bodies, const ParticleList& particles = ParticleList());
-    void Collide(std::vector<ContactPtr>& contacts);
+    void Collide(ContactList& contacts);
 
     // Of the last AssignBodies: shapes left out of crowds, and the contact limit.
     size_t GetLeftOutCount() const { return m_leftOutCount; }
     size_t GetContactLimit() const { return m_contactLimit; }
 
     // The only way a contact is made; one with non-finite data is logged and dropped.
-    static void AddContact(std::vector<ContactPtr>& contacts, Geom* a, Geom* b, size_t index,
+    static void AddContact(ContactList& contacts, Geom* a, Geom* b, size_t index,
                            const math::Vec2& point, const math::Vec2& normal, float depth);
 
 private:
@@ -61,25 +61,28 @@ private:
         float radius;
     };
 
+    // Runs test(out, first, last) over [0, count) in parts on the step's threads, the
+    // parts' contacts joined to the list in order, as one call over all would give them.
+    template <class Test>
+    void InParts(ContactList& contacts, size_t count, size_t grain, Test test);
+    static void LogBadContact();
+
     // Finds the crowds among the shapes and sets the flags that the pair searches read.
     void MarkCrowds();
     // True once the step has all the contacts it may have; logs the first time.
-    bool Full(const std::vector<ContactPtr>& contacts);
-    void CollidePlanes(std::vector<ContactPtr>& contacts);
-    void CollidePolygonPolygon(std::vector<ContactPtr>& contacts, PolygonEntry& a, PolygonEntry& b);
-    void CollideCircleCircle(std::vector<ContactPtr>& contacts, const CircleEntry& a,
-                             const CircleEntry& b);
-    void CollideCirclePolygon(std::vector<ContactPtr>& contacts, const CircleEntry& c,
-                              PolygonEntry& p);
-    void CollideBoxBox(std::vector<ContactPtr>& contacts, Box* a, Box* b);
-    void CollideBoxPolygon(std::vector<ContactPtr>& contacts, Box* box, PolygonEntry& p);
-    void CollideBoxCircle(std::vector<ContactPtr>& contacts, Box* box, const CircleEntry& c);
+    bool Full(const ContactList& contacts);
+    void CollidePlanes(ContactList& contacts);
+    void CollidePolygonPolygon(ContactList& contacts, PolygonEntry& a, PolygonEntry& b);
+    void CollideCircleCircle(ContactList& contacts, const CircleEntry& a, const CircleEntry& b);
+    void CollideCirclePolygon(ContactList& contacts, const CircleEntry& c, PolygonEntry& p);
+    void CollideBoxBox(ContactList& contacts, Box* a, Box* b);
+    void CollideBoxPolygon(ContactList& contacts, Box* box, PolygonEntry& p);
+    void CollideBoxCircle(ContactList& contacts, Box* box, const CircleEntry& c);
     // The water groups: each shape that can reach the water's box against every particle.
-    void CollideWater(std::vector<ContactPtr>& contacts);
+    void CollideWater(ContactList& contacts);
     // Particles closer than the skin to the geom touch it. Particles outside the reach,
     // a box beyond which the geom's distance exceeds the skin, are skipped untested.
-    void WaterAgainst(std::vector<ContactPtr>& contacts, Geom* geom,
-                      const math::BoundingBox2f& reach);
+    void WaterAgainst(ContactList& contacts, Geom* geom, const math::BoundingBox2f& reach);
 
     bool m_broadPhase;
     std::vector<Plane*> m_planes;
@@ -95,6 +98,9 @@ private:
     std::vector<math::BoundingBox2f> m_boxBounds;
     BroadPhase m_pairFinder;
     BroadPhase::PairList m_pairs;
+    // Each part's contacts and bad-contact count in a parallel walk, kept for the capacity.
+    std::vector<ContactList> m_partContacts;
+    util::VectorPOD<size_t> m_partBadContacts;
 
     // The pair searches' flags per list (BroadPhase::Flags), kept only while some shape
     // is left out of a crowd.

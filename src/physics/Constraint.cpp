@@ -2,6 +2,6 @@
 
 namespace physics {
 
-Constraint::~Constraint() = default;
+Constraint::~Constraint() noexcept(false) = default;
 
 }  // namespace physics

@@ -7,16 +7,16 @@
 #include "math/Vector2.h"
 #include "physics/AbstractBody.h"
 #include "physics/Forward.h"
-#include "util/Pointee.h"
 
 namespace physics {
 
 // One row (or a few) of the velocity solver: contacts and hinges alike. The solver only
 // ever sees this interface and the bodies' velocity changes.
-class Constraint : public util::Pointee {
+class Constraint {
 public:
     Constraint() = default;
-    ~Constraint() override;
+    // May throw, as the shared objects' destructors may: a hinge is both.
+    virtual ~Constraint() noexcept(false);
 
     // Prepares this solve and applies any warm-start impulse; false drops the constraint
     // from this solve.

@@ -85,8 +85,6 @@ Contact::Contact(Geom* a, Geom* b, size_t index, const math::Vec2& p, const math
     m_effMassT = m_massT;
 }
 
-Contact::~Contact() = default;
-
 size_t Contact::HashKey(size_t lowerID, size_t higherID, size_t index) {
     // 32-bit on every platform, so that bucket placement does not depend on size_t.
     const uint32_t hash = static_cast<uint32_t>(higherID) * 0xD8163841u +
@@ -133,6 +131,12 @@ bool Contact::SolveInit() {
     const math::Vec2 v = VelocityAt(b1, m_p) - VelocityAt(b0, m_p);
     m_relativeVelocity = v;
     const math::Vec2 u = AccelerationAt(*b1, r2) - AccelerationAt(*b0, r1);
+    // A body that went bad within this step (a force of NaN, say) is dropped at the next;
+    // its rows stay out of this solve, so that the bad numbers reach no other body through
+    // them, nor through the static bodies that all rows of a pile share.
+    if (!math::IsFinite(v) || !math::IsFinite(u)) {
+        return false;
+    }
 
     math::real rhsN;
     if (m_new) {

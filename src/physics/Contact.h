@@ -20,7 +20,7 @@ public:
     // Point p, unit normal n from a to b, depth d (positive means overlap). Reads the
     // simulated time and the contact regularisation of the last solve.
     Contact(Geom* a, Geom* b, size_t index, const math::Vec2& p, const math::Vec2& n, float d);
-    ~Contact() override;
+    ~Contact() override = default;
 
     // Takes the time of first touch and the accumulated impulses; the contact is no
     // longer new.

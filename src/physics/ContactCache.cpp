@@ -1,153 +1,159 @@
 #include "physics/ContactCache.h"
 
-#include "physics/Contact.h"
+#include <algorithm>
+#include <cstring>
+
+#include "physics/StepWorkers.h"
 #include "util/HashSet.h"
 #include "util/Profiler.h"
 
 namespace physics {
 
-ContactCache::ContactCache() : m_bucketStart(m_bucketCount + 1, 0) {}
+namespace {
+
+// Contacts per part of the parallel look-ups. A look-up is a few reads from memory, and
+// the contacts were just written by this thread: sharing them with another core costs
+// more than it saves until the lists get very long.
+constexpr size_t kMatchGrain = 32768;
+
+}  // namespace
+
+ContactCache::ContactCache() = default;
 
 ContactCache::~ContactCache() = default;
 
-bool ContactCache::HasKey(const Entry& entry, size_t hash, size_t lowerID, size_t higherID,
-                          size_t index) {
-    return entry.hash == hash && entry.lowerID == lowerID && entry.higherID == higherID &&
-           entry.index == index;
+ContactCache::Key ContactCache::KeyOf(const Contact& contact) {
+    return Key{static_cast<uint32_t>(contact.GetHash()), static_cast<uint32_t>(contact.GetIndex()),
+               contact.GetLowerID(), contact.GetHigherID()};
 }
 
-uint32_t ContactCache::FindSlot(size_t hash, size_t lowerID, size_t higherID, size_t index) const {
-    const size_t bucket = hash % (m_bucketStart.size() - 1);
-    for (uint32_t e = m_bucketStart[bucket]; e < m_bucketStart[bucket + 1]; ++e) {
-        const Entry& entry = m_entries[e];
-        if (HasKey(entry, hash, lowerID, higherID, index)) {
-            return entry.slot;
+uint32_t ContactCache::FindSlot(const Key& key) const {
+    if (m_table.empty()) {
+        return kEmpty;
+    }
+    for (size_t cell = key.hash & m_tableMask;; cell = (cell + 1) & m_tableMask) {
+        const uint32_t slot = m_table[cell];
+        if (slot == kEmpty || m_keys[slot] == key) {
+            return slot;
         }
     }
-    return kEmpty;
 }
 
-size_t ContactCache::Match(std::vector<ContactPtr>& contacts) {
-    m_matchCount = 0;
+const Contact* ContactCache::Lookup(const Contact& contact, size_t i, ptrdiff_t& shift) const {
+    const Key key = KeyOf(contact);
+    // Contacts come in nearly the same order every step, so the cached contact at the last
+    // match's offset is tried before the table; a contact lost or gained since moves the
+    // rest by one. With repeated keys a position may hold a contact that the table would
+    // not give: no guessing then.
+    if (m_keysUnique) {
+        const ptrdiff_t guess = static_cast<ptrdiff_t>(i) + shift;
+        for (const ptrdiff_t at : {guess, guess + 1, guess - 1}) {
+            if (at >= 0 && at < static_cast<ptrdiff_t>(m_keys.size()) && m_keys[at] == key) {
+                shift = at - static_cast<ptrdiff_t>(i);
+                return &m_held[at];
+            }
+        }
+    }
+    const uint32_t slot = FindSlot(key);
+    if (slot == kEmpty) {
+        return nullptr;
+    }
+    shift = static_cast<ptrdiff_t>(slot) - static_cast<ptrdiff_t>(i);
+    return &m_held[slot];
+}
+
+size_t ContactCache::Match(ContactList& contacts) {
+    const size_t count = contacts.size();
     {
         VORRA_PROFILE("Matching cache");
+        m_matched.resize(count);
+        // Each contact reads only the old ones and writes only itself.
+        StepWorkers::Get().ForParts(count, kMatchGrain, [&](size_t, size_t first, size_t last) {
+            ptrdiff_t shift = 0;
+            for (size_t i = first; i < last; ++i) {
+                const Contact* old = Lookup(contacts[i], i, shift);
+                if (old) {
+                    contacts[i].CopyCached(*old);
+                }
+                m_matched[i] = old ? 1 : 0;
+            }
+        });
         // Entries as the chained table would count them: the cached ones, plus one for
-        // each key looked up in vain. The bucket count grows by the tables' rule.
+        // each key looked up in vain, the growth checked before each look-up.
         size_t entries = m_entryCount;
-        // Contacts come in nearly the same order every step, so the cached contact at the
-        // last match's offset is tried before the table.
-        ptrdiff_t shift = 0;
-        for (size_t i = 0; i < contacts.size(); ++i) {
+        m_matchCount = 0;
+        for (size_t i = 0; i < count; ++i) {
             if (entries >= m_bucketCount) {
                 m_bucketCount = util::HashSet<size_t>::NextBucketCount(m_bucketCount);
             }
-            Contact& contact = *contacts[i];
-            const Contact* old = nullptr;
-            const ptrdiff_t guess = static_cast<ptrdiff_t>(i) + shift;
-            // A contact lost or gained since moves the rest by one. With repeated keys a
-            // position may hold a contact that the table would not give: no guessing then.
-            const ptrdiff_t tries = m_keysUnique ? 3 : 0;
-            for (ptrdiff_t t = 0; t < tries && !old; ++t) {
-                const ptrdiff_t at = guess + (t == 2 ? -1 : t);
-                if (at >= 0 && at < static_cast<ptrdiff_t>(m_held.size()) &&
-                    m_held[at]->SameKey(contact)) {
-                    old = m_held[at].Get();
-                    shift = at - static_cast<ptrdiff_t>(i);
-                }
-            }
-            if (!old) {
-                const uint32_t slot = FindSlot(contact.GetHash(), contact.GetLowerID(),
-                                               contact.GetHigherID(), contact.GetIndex());
-                if (slot != kEmpty) {
-                    old = m_held[slot].Get();
-                    shift = static_cast<ptrdiff_t>(slot) - static_cast<ptrdiff_t>(i);
-                }
-            }
-            if (old) {
-                contact.CopyCached(*old);
-                ++m_matchCount;
-            } else {
-                ++entries;
-            }
+            m_matchCount += m_matched[i];
+            entries += 1 - m_matched[i];
         }
     }
     {
         VORRA_PROFILE("Update cache");
-        Rebuild(contacts);
+        // Swapped, not copied: the list handed in takes the old contacts' storage.
+        m_held.swap(contacts);
+        contacts.clear();
+        Rebuild();
     }
     return m_matchCount;
 }
 
-void ContactCache::Rebuild(std::vector<ContactPtr>& contacts) {
-    const size_t buckets = m_bucketCount;
-    const size_t count = contacts.size();
-    // Counting sort by bucket: sizes, then starts, then the entries in list order.
-    m_bucketStart.assign(buckets + 1, 0);
-    m_bucketOf.resize(count);
-    for (size_t i = 0; i < count; ++i) {
-        const uint32_t bucket = static_cast<uint32_t>(contacts[i]->GetHash() % buckets);
-        m_bucketOf[i] = bucket;
-        ++m_bucketStart[bucket + 1];
+void ContactCache::Rebuild() {
+    const size_t count = m_held.size();
+    m_keys.resize(count);
+    // At most half full, so that probes stay short.
+    size_t size = 16;
+    while (size < 2 * count) {
+        size *= 2;
     }
-    for (size_t b = 0; b < buckets; ++b) {
-        m_bucketStart[b + 1] += m_bucketStart[b];
-    }
-    m_fill.assign(m_bucketStart.begin(), m_bucketStart.end() - 1);
-    m_entries.resize(count);
+    m_table.resize(size);
+    std::fill(m_table.begin(), m_table.end(), kEmpty);
+    m_tableMask = size - 1;
     m_keysUnique = true;
     size_t distinct = count;
     for (size_t i = 0; i < count; ++i) {
-        const Contact& contact = *contacts[i];
-        const uint32_t bucket = m_bucketOf[i];
-        bool repeated = false;
-        for (uint32_t e = m_bucketStart[bucket]; e < m_fill[bucket]; ++e) {
-            Entry& entry = m_entries[e];
-            if (entry.slot != kEmpty && HasKey(entry, contact.GetHash(), contact.GetLowerID(),
-                                               contact.GetHigherID(), contact.GetIndex())) {
-                // Of equal keys the later contact is the cached one.
-                entry.slot = static_cast<uint32_t>(i);
-                repeated = true;
-                break;
-            }
+        const Key key = KeyOf(m_held[i]);
+        m_keys[i] = key;
+        size_t cell = key.hash & m_tableMask;
+        while (m_table[cell] != kEmpty && !(m_keys[m_table[cell]] == key)) {
+            cell = (cell + 1) & m_tableMask;
         }
-        Entry& entry = m_entries[m_fill[bucket]++];
-        entry = Entry{contact.GetLowerID(), contact.GetHigherID(), contact.GetIndex(),
-                      contact.GetHash(), repeated ? kEmpty : static_cast<uint32_t>(i)};
-        if (repeated) {
+        if (m_table[cell] != kEmpty) {
+            // Of equal keys the later contact is the cached one.
             m_keysUnique = false;
             --distinct;
         }
+        m_table[cell] = static_cast<uint32_t>(i);
     }
-    // Swapped, not copied: no contact's count changes, and clearing the list releases the
-    // contacts of the step before.
-    m_held.swap(contacts);
-    contacts.clear();
     m_entryCount = distinct;
 }
 
-void ContactCache::Restore(const std::vector<ContactPtr>& contacts) {
-    std::vector<ContactPtr> held(contacts);
+void ContactCache::Restore(const ContactList& contacts) {
+    m_held = contacts;
     // The bucket count as Match would have grown it for this many keys.
-    while (held.size() >= m_bucketCount) {
+    while (m_held.size() >= m_bucketCount) {
         m_bucketCount = util::HashSet<size_t>::NextBucketCount(m_bucketCount);
     }
-    Rebuild(held);
+    Rebuild();
     m_matchCount = 0;
 }
 
 void ContactCache::Clear() {
     m_held.clear();
-    m_entries.clear();
-    m_bucketStart.assign(m_bucketCount + 1, 0);
+    m_keys.clear();
+    m_table.clear();
     m_keysUnique = true;
     m_entryCount = 0;
     m_matchCount = 0;
 }
 
-Contact* ContactCache::Find(size_t lowerID, size_t higherID, size_t index) const {
-    const uint32_t slot =
-        FindSlot(Contact::HashKey(lowerID, higherID, index), lowerID, higherID, index);
-    return slot == kEmpty ? nullptr : m_held[slot].Get();
+const Contact* ContactCache::Find(size_t lowerID, size_t higherID, size_t index) const {
+    const Key key{static_cast<uint32_t>(Contact::HashKey(lowerID, higherID, index)),
+                  static_cast<uint32_t>(index), lowerID, higherID};
+    const uint32_t slot = FindSlot(key);
+    return slot == kEmpty ? nullptr : &m_held[slot];
 }
 
 }  // namespace physics

@@ -32,7 +32,6 @@ using BoxPtr = util::SharedPtr<Box>;
 using PlanePtr = util::SharedPtr<Plane>;
 using PolygonPtr = util::SharedPtr<Polygon>;
 using ParticlePtr = util::SharedPtr<Particle>;
-using ContactPtr = util::SharedPtr<Contact>;
 using HingePtr = util::SharedPtr<Hinge>;
 using JointPtr = util::SharedPtr<Joint>;
 
@@ -40,5 +39,7 @@ using GeomSet = util::HashSet<GeomPtr>;
 using BodyList = std::vector<BodyPtr>;
 using ParticleList = std::vector<ParticlePtr>;
 using ConstraintList = util::VectorPOD<Constraint*>;
+// A step's contacts are plain values, made and dropped by the thousand every step.
+using ContactList = std::vector<Contact>;
 
 }  // namespace physics

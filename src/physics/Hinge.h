@@ -13,7 +13,7 @@ namespace physics {
 
 // Holds an anchor of each of two geoms together in the solver, can drive their relative
 // rotation with a motor, and breaks past an impulse or a distance limit.
-class Hinge : public Constraint, public AnchorPair {
+class Hinge : public Constraint, public util::Pointee, public AnchorPair {
 public:
     // Anchors at the world point, through each geom's present transform.
     Hinge(GeomPtr a, GeomPtr b, const math::Vec2& worldPoint);

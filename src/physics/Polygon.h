@@ -126,6 +126,10 @@ public:
         return m_perimeter;
     }
 
+    // Waits for, or builds, maps still being made in the background: after this the maps
+    // may be read from any thread.
+    void FinishPendingMaps() const { EnsureMaps(); }
+
 private:
     friend class BackgroundMapBuilds;
 

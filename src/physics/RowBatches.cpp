@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <thread>
 
 #include "physics/RowSweepKernel.h"
 
@@ -30,6 +31,8 @@ bool Moves(const SolverBody& body) {
 void RowBatches::Clear(uint32_t dummyBody) {
     m_batches.clear();
     m_laneRows.clear();
+    m_levelBatch.clear();
+    m_levelBatch.push_back(0);
     m_dummyBody = dummyBody;
     m_bodyLevel.resize(dummyBody + 1);
     m_bodyStamp.resize(dummyBody + 1, 0);
@@ -110,6 +113,7 @@ void RowBatches::Add(const ContactRow* rows, const uint32_t* order, size_t count
             }
             ++batch;
         }
+        m_levelBatch.push_back(static_cast<uint32_t>(batch));
     }
 }
 
@@ -239,6 +243,76 @@ bool HasWideVectors() {
     return __builtin_cpu_supports("avx");
 }
 #endif
+
+namespace {
+
+// Batches per thread in an average level below which a sweep stays on one thread: the
+// threads meet after every level, which costs about as much as a few batches.
+constexpr size_t kBatchesPerPart = 64;
+
+void Spin(unsigned& spins) {
+    if ((++spins & 1023) == 0) {
+        std::this_thread::yield();
+    } else {
+#if defined(__SSE2__)
+        _mm_pause();
+#endif
+    }
+}
+
+}  // namespace
+
+void RowBatches::SweepPasses(size_t first, size_t last, int passes, SolverBody* bodies,
+                             RowChange* lastChanges) {
+    const uint32_t* levelsBegin = m_levelBatch.begin();
+    const uint32_t* levelsEnd = m_levelBatch.end() - 1;
+    const size_t firstLevel =
+        static_cast<size_t>(std::lower_bound(levelsBegin, levelsEnd, first) - levelsBegin);
+    const size_t lastLevel =
+        static_cast<size_t>(std::lower_bound(levelsBegin, levelsEnd, last) - levelsBegin);
+    const size_t levels = lastLevel - firstLevel;
+    StepWorkers& workers = StepWorkers::Get();
+    const size_t parts =
+        levels == 0 ? 1 : workers.PartsFor((last - first) / levels, kBatchesPerPart);
+    if (parts <= 1 || passes <= 0) {
+        for (int pass = 0; pass < passes; ++pass) {
+            Sweep(first, last, bodies, pass + 1 == passes ? lastChanges : nullptr);
+        }
+        return;
+    }
+    for (size_t part = 0; part < parts; ++part) {
+        m_progress[part].levels.store(0, std::memory_order_relaxed);
+    }
+    workers.ForParts(parts, 1, [&](size_t part, size_t, size_t) {
+        SweepPart(part, parts, firstLevel, lastLevel, passes, bodies, lastChanges);
+    });
+}
+
+void RowBatches::SweepPart(size_t part, size_t parts, size_t firstLevel, size_t lastLevel,
+                           int passes, SolverBody* bodies, RowChange* lastChanges) {
+    uint32_t done = 0;
+    for (int pass = 0; pass < passes; ++pass) {
+        RowChange* changes = pass + 1 == passes ? lastChanges : nullptr;
+        for (size_t level = firstLevel; level < lastLevel; ++level) {
+            // A level starts once every thread is through the one before.
+            for (size_t other = 0; other < parts; ++other) {
+                unsigned spins = 0;
+                while (m_progress[other].levels.load(std::memory_order_acquire) < done) {
+                    Spin(spins);
+                }
+            }
+            const size_t begin = m_levelBatch[level];
+            const size_t count = m_levelBatch[level + 1] - begin;
+            size_t from = 0;
+            size_t to = 0;
+            StepWorkers::PartRange(count, parts, part, from, to);
+            if (from < to) {
+                Sweep(begin + from, begin + to, bodies, changes);
+            }
+            m_progress[part].levels.store(++done, std::memory_order_release);
+        }
+    }
+}
 
 bool RowBatches::AllowWideVectors(bool allowed) {
     const bool was = g_wideVectorsAllowed;

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 
 #include "math/Real.h"
 #include "physics/SolverRows.h"
+#include "physics/StepWorkers.h"
 #include "util/VectorPOD.h"
 
 namespace physics {
@@ -32,6 +34,12 @@ public:
     // One pass over batches [first, last). With changes given, each lane's changes are
     // recorded at batch * RowBatch::kLanes + lane.
     void Sweep(size_t first, size_t last, SolverBody* bodies, RowChange* changes);
+    // Passes over batches [first, last), which must begin and end with runs that Add made,
+    // the changes of the last one recorded if given. Each level's batches are cut between
+    // the step's threads, which meet after every level: the rows of a level share no
+    // moving body, so the result is the sequential one, bit for bit.
+    void SweepPasses(size_t first, size_t last, int passes, SolverBody* bodies,
+                     RowChange* lastChanges);
     // Hands each row its accumulated impulses, and its last changes if recorded; rows and
     // rowChanges are indexed alike.
     void Scatter(ContactRow* rows, const RowChange* laneChanges, RowChange* rowChanges) const;
@@ -43,7 +51,17 @@ public:
 private:
     static void Put(RowBatch& batch, int lane, const ContactRow& row, const SolverBody* bodies);
 
+    // The threads' progress through the levels of a parallel sweep, a cache line each.
+    struct alignas(64) Progress {
+        std::atomic<uint32_t> levels{0};
+    };
+    void SweepPart(size_t part, size_t parts, size_t firstLevel, size_t lastLevel, int passes,
+                   SolverBody* bodies, RowChange* lastChanges);
+
     util::VectorPOD<RowBatch> m_batches;
+    // The batch at which each level begins, over all runs, and the end of the last.
+    util::VectorPOD<uint32_t> m_levelBatch;
+    Progress m_progress[StepWorkers::kMaxThreads];
     util::VectorPOD<uint32_t> m_laneRows;  // the row in each lane, or kNoRow
     uint32_t m_dummyBody = 0;
 

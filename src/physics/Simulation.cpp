@@ -15,6 +15,7 @@
 #include "physics/MaterialDefaults.h"
 #include "physics/Particle.h"
 #include "physics/SPH.h"
+#include "physics/StepWorkers.h"
 #include "physics/Shapes.h"
 #include "physics/Solver.h"
 #include "util/Assert.h"
@@ -387,6 +388,7 @@ void Simulation::StepTimed(bool simulate) {
 
 void Simulation::Step(bool simulate) {
     VORRA_PROFILE("Simu::Step");
+    const StepWorkers::Busy busy;
     const float h = timeDelta->Get();
     RemoveBadObjects();
     RebuildAllBodies();
@@ -598,8 +600,8 @@ void Simulation::RunSolver() {
     for (const HingePtr& hinge : m_hinges) {
         m_constraints.push_back(hinge.Get());
     }
-    for (const ContactPtr& contact : GetContacts()) {
-        m_constraints.push_back(contact.Get());
+    for (Contact& contact : m_contactCache.GetContacts()) {
+        m_constraints.push_back(&contact);
     }
     physics::RunSolver(m_allBodies, m_constraints, GetSolverSettings());
 }

@@ -76,15 +76,13 @@ public:
     // it did.
     void SetSimulatedTime(double time) { m_simulatedTime = time; }
     void RestoreBodyOrder(const BodyList& order);
-    void RestoreContacts(const std::vector<ContactPtr>& contacts) {
-        m_contactCache.Restore(contacts);
-    }
+    void RestoreContacts(const ContactList& contacts) { m_contactCache.Restore(contacts); }
 
     const BodyList& GetBodies() const { return m_bodies; }
     const JointSet& GetJoints() const { return m_joints; }
     const HingeSet& GetHinges() const { return m_hinges; }
     const ParticleList& GetParticles() const { return m_particles; }
-    const std::vector<ContactPtr>& GetContacts() const { return m_contactCache.GetContacts(); }
+    const ContactList& GetContacts() const { return m_contactCache.GetContacts(); }
     const ContactCache& GetContactCache() const { return m_contactCache; }
     const GeomPtr& GetWorldGeom() const { return m_worldGeom; }
     const BodyPtr& GetWorldBody() const { return m_worldBody; }
@@ -187,7 +185,7 @@ private:
     std::vector<AbstractBody*> m_allBodies;
     // The collider fills this list and the cache takes the contacts over, keeping them for
     // the solve and the next step's matching.
-    std::vector<ContactPtr> m_foundContacts;
+    ContactList m_foundContacts;
     ContactCache m_contactCache;
     Collider m_collider;
     ConstraintList m_constraints;

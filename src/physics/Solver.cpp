@@ -266,11 +266,16 @@ void GaussSeidelSolver(ConstraintList& constraints, const SolverSettings& settin
     const int passes = settings.solveIter;
     {
         VORRA_PROFILE("Sweeps");
-        for (int pass = 0; pass < passes; ++pass) {
+        // Without constraints of other kinds, all passes run as one, on the step's threads.
+        if (segments.size() == 1) {
+            batches.SweepPasses(0, segments[0].batchEnd, passes, buffers.bodies.begin(),
+                                buffers.laneChanges.begin());
+        }
+        for (int pass = 0; pass < passes && segments.size() > 1; ++pass) {
             RowChange* changes = pass + 1 == passes ? buffers.laneChanges.begin() : nullptr;
             size_t batch = 0;
             for (const Segment& segment : segments) {
-                batches.Sweep(batch, segment.batchEnd, buffers.bodies.begin(), changes);
+                batches.SweepPasses(batch, segment.batchEnd, 1, buffers.bodies.begin(), changes);
                 batch = segment.batchEnd;
                 if (Constraint* other = segment.other) {
                     CopyToBody(buffers, other->bodies[0]);

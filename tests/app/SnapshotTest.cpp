@@ -43,9 +43,9 @@ std::vector<uint32_t> WorldBits() {
         addVec(particle->position);
         addVec(particle->velocity);
     }
-    for (const physics::ContactPtr& contact : sim.GetContacts()) {
-        add(contact->GetImpulseNormal());
-        add(contact->GetImpulseTangent());
+    for (const physics::Contact& contact : sim.GetContacts()) {
+        add(contact.GetImpulseNormal());
+        add(contact.GetImpulseTangent());
     }
     for (const physics::HingePtr& hinge : sim.GetHinges()) {
         addVec(hinge->GetImpulse());

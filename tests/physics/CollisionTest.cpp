@@ -34,10 +34,10 @@ public:
         return body;
     }
 
-    std::vector<physics::ContactPtr> Contacts(bool broadPhase) const {
+    physics::ContactList Contacts(bool broadPhase) const {
         physics::Collider collider(broadPhase);
         collider.AssignBodies(bodies);
-        std::vector<physics::ContactPtr> contacts;
+        physics::ContactList contacts;
         collider.Collide(contacts);
         return contacts;
     }
@@ -52,39 +52,39 @@ TEST(Collision, PlaneAndCircleTouchOnlyWhenOverlapping) {
     scene.Add(new physics::Plane(), {0, 0}, 1.5707964f, true);  // normal (0, 1) through 0
     scene.Add(new physics::Circle(1), {0, 1});                  // resting exactly: nothing
     scene.Add(new physics::Circle(1), {5, 1 - 1e-3f});
-    const std::vector<physics::ContactPtr> contacts = scene.Contacts(true);
+    const physics::ContactList contacts = scene.Contacts(true);
     ASSERT_EQ(contacts.size(), 1u);
-    EXPECT_NEAR(contacts[0]->GetDepth(), 1e-3f, 1e-6f);
-    EXPECT_NEAR(contacts[0]->GetNormal().y, 1, 1e-6f);
-    EXPECT_NEAR(contacts[0]->GetPoint().x, 5, 1e-6f);
+    EXPECT_NEAR(contacts[0].GetDepth(), 1e-3f, 1e-6f);
+    EXPECT_NEAR(contacts[0].GetNormal().y, 1, 1e-6f);
+    EXPECT_NEAR(contacts[0].GetPoint().x, 5, 1e-6f);
 }
 
 TEST(Collision, CoincidentCirclesMakeOneContactWithoutNormal) {
     Scene scene;
     scene.Add(new physics::Circle(0.5f), {1, 1});
     scene.Add(new physics::Circle(0.25f), {1, 1});
-    const std::vector<physics::ContactPtr> contacts = scene.Contacts(true);
+    const physics::ContactList contacts = scene.Contacts(true);
     ASSERT_EQ(contacts.size(), 1u);
-    EXPECT_EQ(contacts[0]->GetNormal(), Vec2(0, 0));
-    EXPECT_FLOAT_EQ(contacts[0]->GetDepth(), 0.75f);
+    EXPECT_EQ(contacts[0].GetNormal(), Vec2(0, 0));
+    EXPECT_FLOAT_EQ(contacts[0].GetDepth(), 0.75f);
 }
 
 TEST(Collision, BoxRestingOnBoxGivesTwoClippedContacts) {
     Scene scene;
     scene.Add(new physics::Box(Vec2(2, 0.5f)), {0, 0}, 0, true);
     scene.Add(new physics::Box(Vec2(0.5f, 0.5f)), {0.25f, 0.99f});
-    const std::vector<physics::ContactPtr> contacts = scene.Contacts(true);
+    const physics::ContactList contacts = scene.Contacts(true);
     ASSERT_EQ(contacts.size(), 2u);
     // Equal separations on both boxes: the later box, the small one, is the reference,
     // and the normal points from it to the first.
-    for (const physics::ContactPtr& contact : contacts) {
-        EXPECT_NEAR(contact->GetDepth(), 0.01f, 1e-5f);
-        EXPECT_NEAR(contact->GetNormal().y, -1, 1e-6f);
+    for (const physics::Contact& contact : contacts) {
+        EXPECT_NEAR(contact.GetDepth(), 0.01f, 1e-5f);
+        EXPECT_NEAR(contact.GetNormal().y, -1, 1e-6f);
     }
     // The one at the smaller x has index 0.
-    const physics::ContactPtr& left =
-        contacts[0]->GetPoint().x < contacts[1]->GetPoint().x ? contacts[0] : contacts[1];
-    EXPECT_EQ(left->GetIndex(), 0u);
+    const physics::Contact& left =
+        contacts[0].GetPoint().x < contacts[1].GetPoint().x ? contacts[0] : contacts[1];
+    EXPECT_EQ(left.GetIndex(), 0u);
 }
 
 TEST(Collision, BroadPhaseFindsExactlyThePairwiseContacts) {
@@ -119,16 +119,16 @@ TEST(Collision, BroadPhaseFindsExactlyThePairwiseContacts) {
                 }
             }
         }
-        const std::vector<physics::ContactPtr> fast = scene.Contacts(true);
-        const std::vector<physics::ContactPtr> plain = scene.Contacts(false);
+        const physics::ContactList fast = scene.Contacts(true);
+        const physics::ContactList plain = scene.Contacts(false);
         ASSERT_EQ(fast.size(), plain.size()) << "round " << round;
         EXPECT_GT(plain.size(), 10u);  // the scene does collide
         for (size_t k = 0; k < plain.size(); ++k) {
-            EXPECT_EQ(fast[k]->GetLowerID(), plain[k]->GetLowerID()) << k;
-            EXPECT_EQ(fast[k]->GetIndex(), plain[k]->GetIndex()) << k;
-            EXPECT_EQ(fast[k]->GetPoint(), plain[k]->GetPoint()) << k;
-            EXPECT_EQ(fast[k]->GetNormal(), plain[k]->GetNormal()) << k;
-            EXPECT_EQ(fast[k]->GetDepth(), plain[k]->GetDepth()) << k;
+            EXPECT_EQ(fast[k].GetLowerID(), plain[k].GetLowerID()) << k;
+            EXPECT_EQ(fast[k].GetIndex(), plain[k].GetIndex()) << k;
+            EXPECT_EQ(fast[k].GetPoint(), plain[k].GetPoint()) << k;
+            EXPECT_EQ(fast[k].GetNormal(), plain[k].GetNormal()) << k;
+            EXPECT_EQ(fast[k].GetDepth(), plain[k].GetDepth()) << k;
         }
     }
 }

@@ -22,7 +22,7 @@ namespace {
 
 using math::Vec2;
 using physics::Contact;
-using physics::ContactPtr;
+using physics::ContactList;
 
 using test_physics::Piece;
 using test_physics::TestGeom;
@@ -43,8 +43,8 @@ protected:
 
     // A ball of radius 0.5 and mass 2 whose lowest point touches the static ground at the
     // origin; the normal points from the ground up to the ball.
-    ContactPtr Touch(size_t index = 0, float depth = 0) {
-        return new Contact(ground.geom.Get(), ball.geom.Get(), index, {0, 0}, {0, 1}, depth);
+    Contact Touch(size_t index = 0, float depth = 0) {
+        return Contact(ground.geom.Get(), ball.geom.Get(), index, {0, 0}, {0, 1}, depth);
     }
 
     Piece ground = MakePiece(kInf, kInf, {0, -1}, true);
@@ -85,9 +85,9 @@ TEST_F(ContactTest, CombineIsTheSignedGeometricMean) {
     ground.geom->friction = 0;
     ball.geom->restitution = -1;
     ground.geom->restitution = 1;
-    const ContactPtr c = Touch();
-    EXPECT_EQ(c->GetFriction(), 0);
-    EXPECT_EQ(c->GetRestitution(), -1);
+    const Contact c = Touch();
+    EXPECT_EQ(c.GetFriction(), 0);
+    EXPECT_EQ(c.GetRestitution(), -1);
 }
 
 TEST_F(ContactTest, ConstructionSetsGeometryMassesAndTime) {
@@ -142,15 +142,15 @@ TEST_F(ContactTest, NonFiniteInputIsACodingError) {
 
 TEST_F(ContactTest, BetweenStaticBodiesItIsDroppedBeforeDividing) {
     Piece wall = MakePiece(1, 1, {2, 0}, true);
-    const ContactPtr c(new Contact(ground.geom.Get(), wall.geom.Get(), 0, {1, 0}, {1, 0}, 0));
-    EXPECT_EQ(c->K({1, 0}), 0);
-    EXPECT_EQ(c->GetMassNormal(), kInf);
-    EXPECT_EQ(c->GetMassTangent(), kInf);
-    EXPECT_FALSE(c->SolveInit());
+    Contact c(ground.geom.Get(), wall.geom.Get(), 0, {1, 0}, {1, 0}, 0);
+    EXPECT_EQ(c.K({1, 0}), 0);
+    EXPECT_EQ(c.GetMassNormal(), kInf);
+    EXPECT_EQ(c.GetMassTangent(), kInf);
+    EXPECT_FALSE(c.SolveInit());
 
     // In a solve it leaves the list and touches no body.
     physics::ConstraintList list;
-    list.push_back(c.Get());
+    list.push_back(&c);
     std::vector<physics::AbstractBody*> bodies{ground.body.Get(), wall.body.Get()};
     physics::RunSolver(bodies, list, physics::SolverSettings());
     EXPECT_TRUE(list.empty());
@@ -159,24 +159,24 @@ TEST_F(ContactTest, BetweenStaticBodiesItIsDroppedBeforeDividing) {
 
 TEST_F(ContactTest, LooseGeomGivesNoSolverRow) {
     util::SharedPtr<TestGeom> loose(new TestGeom());
-    const ContactPtr c(new Contact(loose.Get(), ball.geom.Get(), 0, {1, 1}, {0, 1}, 0));
-    EXPECT_EQ(c->bodies[0], nullptr);
-    EXPECT_EQ(c->r1, Vec2(1, 1));
-    EXPECT_FALSE(c->SolveInit());
+    Contact c(loose.Get(), ball.geom.Get(), 0, {1, 1}, {0, 1}, 0);
+    EXPECT_EQ(c.bodies[0], nullptr);
+    EXPECT_EQ(c.r1, Vec2(1, 1));
+    EXPECT_FALSE(c.SolveInit());
 }
 
 TEST_F(ContactTest, SeparatingFollowsThePresentVelocities) {
-    const ContactPtr c = Touch();
+    const Contact c = Touch();
     ball.body->velocity = {0, 1};
-    EXPECT_TRUE(c->IsSeparating());
+    EXPECT_TRUE(c.IsSeparating());
     ball.body->velocity = {0, -1};
-    EXPECT_FALSE(c->IsSeparating());
+    EXPECT_FALSE(c.IsSeparating());
     ball.body->velocity = {1, 0};
-    EXPECT_FALSE(c->IsSeparating());
+    EXPECT_FALSE(c.IsSeparating());
     // Spin at the contact point: the ball's bottom moves at w x r.
     ball.body->velocity = {0, 0};
     ball.body->angularVelocity = 1;
-    EXPECT_FALSE(c->IsSeparating());
+    EXPECT_FALSE(c.IsSeparating());
 }
 
 TEST_F(ContactTest, CacheCarriesImpulsesAndTimeToTheNextStep) {
@@ -185,32 +185,34 @@ TEST_F(ContactTest, CacheCarriesImpulsesAndTimeToTheNextStep) {
 
     physics::SolverParameters::Current().simulatedTime = 1.0;
     ball.body->velocity = {0.3f, -2};
-    const ContactPtr first = Touch(0);
-    EXPECT_EQ(cache.Match({first}), 0u);
-    EXPECT_TRUE(first->IsNew());
+    EXPECT_EQ(cache.Match({Touch(0)}), 0u);
+    Contact& first = cache.GetContacts()[0];
+    EXPECT_TRUE(first.IsNew());
     physics::ConstraintList list;
-    list.push_back(first.Get());
+    list.push_back(&first);
     physics::RunSolver(bodies, list, physics::SolverSettings());
-    ASSERT_GT(first->GetImpulseNormal(), 0);
-    ASSERT_NE(first->GetImpulseTangent(), 0);
+    const float impulseN = first.GetImpulseNormal();
+    const float impulseT = first.GetImpulseTangent();
+    ASSERT_GT(impulseN, 0);
+    ASSERT_NE(impulseT, 0);
 
     // The same pair, named the other way round, at the same index.
     physics::SolverParameters::Current().simulatedTime = 1.01;
-    const ContactPtr second(new Contact(ball.geom.Get(), ground.geom.Get(), 0, {0, 0}, {0, -1}, 0));
-    EXPECT_EQ(cache.Match({second}), 1u);
+    EXPECT_EQ(cache.Match({Contact(ball.geom.Get(), ground.geom.Get(), 0, {0, 0}, {0, -1}, 0)}),
+              1u);
     EXPECT_EQ(cache.GetMatchCount(), 1u);
-    EXPECT_FALSE(second->IsNew());
-    EXPECT_EQ(second->GetCreationTime(), 1.0);
-    EXPECT_EQ(second->GetImpulseNormal(), first->GetImpulseNormal());
-    EXPECT_EQ(second->GetImpulseTangent(), first->GetImpulseTangent());
+    const Contact& second = cache.GetContacts()[0];
+    EXPECT_FALSE(second.IsNew());
+    EXPECT_EQ(second.GetCreationTime(), 1.0);
+    EXPECT_EQ(second.GetImpulseNormal(), impulseN);
+    EXPECT_EQ(second.GetImpulseTangent(), impulseT);
     EXPECT_EQ(cache.GetEntryCount(), 1u);
-    EXPECT_EQ(cache.Find(second->GetLowerID(), second->GetHigherID(), 0), second.Get());
+    EXPECT_EQ(cache.Find(second.GetLowerID(), second.GetHigherID(), 0), &second);
 
     // Another index is another contact.
-    const ContactPtr third = Touch(1);
-    EXPECT_EQ(cache.Match({third}), 0u);
-    EXPECT_TRUE(third->IsNew());
-    EXPECT_EQ(third->GetCreationTime(), 1.01);
+    EXPECT_EQ(cache.Match({Touch(1)}), 0u);
+    EXPECT_TRUE(cache.GetContacts()[0].IsNew());
+    EXPECT_EQ(cache.GetContacts()[0].GetCreationTime(), 1.01);
 }
 
 TEST_F(ContactTest, CacheForgetsAContactAbsentForOneStep) {
@@ -218,57 +220,52 @@ TEST_F(ContactTest, CacheForgetsAContactAbsentForOneStep) {
     EXPECT_EQ(cache.Match({Touch()}), 0u);
     EXPECT_EQ(cache.Match({}), 0u);
     EXPECT_EQ(cache.GetEntryCount(), 0u);
-    const ContactPtr again = Touch();
-    EXPECT_EQ(cache.Match({again}), 0u);
-    EXPECT_TRUE(again->IsNew());
+    EXPECT_EQ(cache.Match({Touch()}), 0u);
+    EXPECT_TRUE(cache.GetContacts()[0].IsNew());
 }
 
 TEST_F(ContactTest, CacheKeepsTheLaterOfEqualKeys) {
     physics::ContactCache cache;
     physics::SolverParameters::Current().simulatedTime = 1;
-    const ContactPtr early = Touch();
+    const Contact early = Touch();
     physics::SolverParameters::Current().simulatedTime = 2;
-    const ContactPtr late = Touch();
+    const Contact late = Touch();
     // The second finds only the null entry that the first left in the matching pass.
     EXPECT_EQ(cache.Match({early, late}), 0u);
     EXPECT_EQ(cache.GetEntryCount(), 1u);
-    EXPECT_EQ(cache.Find(late->GetLowerID(), late->GetHigherID(), 0), late.Get());
+    EXPECT_EQ(cache.Find(late.GetLowerID(), late.GetHigherID(), 0), &cache.GetContacts()[1]);
 
     physics::SolverParameters::Current().simulatedTime = 3;
-    const ContactPtr a = Touch();
-    const ContactPtr b = Touch();
     // Both match what the previous step left.
-    EXPECT_EQ(cache.Match({a, b}), 2u);
-    EXPECT_EQ(a->GetCreationTime(), 2);
-    EXPECT_EQ(b->GetCreationTime(), 2);
+    EXPECT_EQ(cache.Match({Touch(), Touch()}), 2u);
+    EXPECT_EQ(cache.GetContacts()[0].GetCreationTime(), 2);
+    EXPECT_EQ(cache.GetContacts()[1].GetCreationTime(), 2);
 }
 
 TEST_F(ContactTest, CacheGrowsOnceEntriesReachTheBucketCount) {
     physics::ContactCache cache;
     EXPECT_EQ(cache.GetBucketCount(), 3u);
-    std::vector<ContactPtr> three{Touch(0), Touch(1), Touch(2)};
+    ContactList three{Touch(0), Touch(1), Touch(2)};
     cache.Match(three);
     // Taken over, not copied.
     EXPECT_TRUE(three.empty());
     ASSERT_EQ(cache.GetContacts().size(), 3u);
-    EXPECT_EQ(cache.GetContacts()[2]->GetIndex(), 2u);
+    EXPECT_EQ(cache.GetContacts()[2].GetIndex(), 2u);
     EXPECT_EQ(cache.GetEntryCount(), 3u);
     EXPECT_EQ(cache.GetBucketCount(), 3u);
 
-    std::vector<ContactPtr> four{Touch(0), Touch(1), Touch(2), Touch(3)};
-    const size_t liveBefore = util::LivePointeeCount();
-    EXPECT_EQ(cache.Match(std::vector<ContactPtr>(four)), 3u);
-    // The three of the step before are gone; the four are held here and by the cache.
-    EXPECT_EQ(util::LivePointeeCount(), liveBefore - 3);
+    const ContactList four{Touch(0), Touch(1), Touch(2), Touch(3)};
+    EXPECT_EQ(cache.Match(ContactList(four)), 3u);
     EXPECT_EQ(cache.GetEntryCount(), 4u);
     EXPECT_EQ(cache.GetBucketCount(), 7u);
     for (size_t i = 0; i < 4; ++i) {
-        EXPECT_EQ(cache.Find(four[i]->GetLowerID(), four[i]->GetHigherID(), i), four[i].Get());
+        EXPECT_EQ(cache.Find(four[i].GetLowerID(), four[i].GetHigherID(), i),
+                  &cache.GetContacts()[i]);
     }
 
     cache.Clear();
     EXPECT_EQ(cache.GetEntryCount(), 0u);
     EXPECT_EQ(cache.GetMatchCount(), 0u);
     EXPECT_EQ(cache.GetBucketCount(), 7u);
-    EXPECT_EQ(cache.Find(four[0]->GetLowerID(), four[0]->GetHigherID(), 0), nullptr);
+    EXPECT_EQ(cache.Find(four[0].GetLowerID(), four[0].GetHigherID(), 0), nullptr);
 }

@@ -192,10 +192,10 @@ TEST_F(LinkTest, HingedGeomsNeverCollide) {
     const BodyPtr b = Add(new physics::Circle(0.5f), {0.6f, 0.5f});
     const HingePtr hinge(new Hinge(GeomOf(a), GeomOf(b), {0.3f, 0.5f}));
     auto touchingEachOther = [&] {
-        for (const physics::ContactPtr& c : sim.GetContacts()) {
+        for (const physics::Contact& c : sim.GetContacts()) {
             const size_t low = std::min(GeomOf(a)->GetID(), GeomOf(b)->GetID());
             const size_t high = std::max(GeomOf(a)->GetID(), GeomOf(b)->GetID());
-            if (c->GetLowerID() == low && c->GetHigherID() == high) {
+            if (c.GetLowerID() == low && c.GetHigherID() == high) {
                 return true;
             }
         }

@@ -78,13 +78,12 @@ public:
         return it == names.end() ? std::string("?") : it->second;
     }
 
-    std::vector<physics::ContactPtr> Contacts(bool broadPhase,
-                                              const physics::BodyList& extra = {}) const {
+    physics::ContactList Contacts(bool broadPhase, const physics::BodyList& extra = {}) const {
         physics::BodyList all = bodies;
         all.insert(all.end(), extra.begin(), extra.end());
         physics::Collider collider(broadPhase);
         collider.AssignBodies(all);
-        std::vector<physics::ContactPtr> contacts;
+        physics::ContactList contacts;
         collider.Collide(contacts);
         return contacts;
     }
@@ -132,11 +131,11 @@ void ExpectContacts(const Scene& scene, const std::vector<Expected>& expected,
                     const physics::BodyList& extra = {}) {
     for (bool broadPhase : {true, false}) {
         SCOPED_TRACE(broadPhase ? "with broad phase" : "all pairs");
-        const std::vector<physics::ContactPtr> contacts = scene.Contacts(broadPhase, extra);
+        const physics::ContactList contacts = scene.Contacts(broadPhase, extra);
         ASSERT_EQ(contacts.size(), expected.size());
         for (size_t k = 0; k < contacts.size(); ++k) {
             SCOPED_TRACE("contact " + std::to_string(k));
-            const physics::Contact& c = *contacts[k];
+            const physics::Contact& c = contacts[k];
             const Expected& e = expected[k];
             EXPECT_EQ(scene.NameOf(c.bodies[0]), e.a);
             EXPECT_EQ(scene.NameOf(c.bodies[1]), e.b);
@@ -184,9 +183,9 @@ TEST(ShapePair, PlaneAgainstCircleByDistanceFromTheLine) {
                               {"wall", "touching", 0, {-0.75f, 1}, {1, 0}, 0.25f},
                               {"floor", "sunk", 0, {2, -1.2f}, {0, 1}, 0.2f},
                           });
-    const std::vector<physics::ContactPtr> contacts = scene.Contacts(true);
+    const physics::ContactList contacts = scene.Contacts(true);
     ASSERT_EQ(contacts.size(), 2u);
-    ExpectGeomIDs(*contacts[0], wall, touching);
+    ExpectGeomIDs(contacts[0], wall, touching);
 }
 
 TEST(ShapePair, PlaneAgainstPolygonTestsEachVertex) {
@@ -266,9 +265,9 @@ TEST(ShapePair, CircleOrderDecidesTheNormal) {
     const Vec2 n(-12.0f / 13, -5.0f / 13);
     // From the small centre 0.5 - 0.1 along the normal: the same point as before.
     ExpectContacts(scene, {{"small", "big", 0, Vec2(12.0f / 13, 5.0f / 13) * 0.9f, n, 0.2f}});
-    const std::vector<physics::ContactPtr> contacts = scene.Contacts(true);
+    const physics::ContactList contacts = scene.Contacts(true);
     ASSERT_EQ(contacts.size(), 1u);
-    ExpectGeomIDs(*contacts[0], small, big);
+    ExpectGeomIDs(contacts[0], small, big);
 }
 
 TEST(ShapePair, FiltersExcludePairsBeforeAnyGeometry) {
@@ -518,14 +517,14 @@ TEST(ShapePair, GroupsComeInFixedOrder) {
     };
     for (bool broadPhase : {true, false}) {
         SCOPED_TRACE(broadPhase ? "with broad phase" : "all pairs");
-        const std::vector<physics::ContactPtr> contacts = scene.Contacts(broadPhase);
+        const physics::ContactList contacts = scene.Contacts(broadPhase);
         ASSERT_EQ(contacts.size(), expected.size());
         for (size_t k = 0; k < contacts.size(); ++k) {
             SCOPED_TRACE("contact " + std::to_string(k));
-            EXPECT_EQ(scene.NameOf(contacts[k]->bodies[0]), expected[k].a);
-            EXPECT_EQ(scene.NameOf(contacts[k]->bodies[1]), expected[k].b);
-            EXPECT_EQ(contacts[k]->GetIndex(), expected[k].index);
-            EXPECT_GT(contacts[k]->GetDepth(), 0);
+            EXPECT_EQ(scene.NameOf(contacts[k].bodies[0]), expected[k].a);
+            EXPECT_EQ(scene.NameOf(contacts[k].bodies[1]), expected[k].b);
+            EXPECT_EQ(contacts[k].GetIndex(), expected[k].index);
+            EXPECT_GT(contacts[k].GetDepth(), 0);
         }
     }
 }

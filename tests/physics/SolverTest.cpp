@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <vector>
 
 #include "TestPieces.h"
@@ -17,7 +18,8 @@ namespace {
 
 using math::Vec2;
 using physics::Contact;
-using physics::ContactPtr;
+// The tests keep hold of the contacts that they hand to the solver.
+using ContactPtr = std::shared_ptr<Contact>;
 using physics::SolverSettings;
 
 using test_physics::Piece;
@@ -40,7 +42,8 @@ protected:
     // normal from the ground up to the ball. depth > 0 means overlap.
     ContactPtr Touch(const Piece& on, float depth = 0, size_t index = 0) {
         const Vec2 p = on.body->position - Vec2(0, 0.5f);
-        return new Contact(ground.geom.Get(), on.geom.Get(), index, p, {0, 1}, depth);
+        return std::make_shared<Contact>(ground.geom.Get(), on.geom.Get(), index, p, Vec2(0, 1),
+                                         depth);
     }
 
     // The contact of the step before: the ball's impact at the given velocity, solved in
@@ -64,7 +67,15 @@ protected:
     void Solve(std::vector<ContactPtr> contacts) {
         physics::ConstraintList list;
         for (const ContactPtr& c : contacts) {
-            list.push_back(c.Get());
+            list.push_back(c.get());
+        }
+        physics::RunSolver(bodies, list, settings);
+    }
+
+    void Solve(physics::ContactList& contacts) {
+        physics::ConstraintList list;
+        for (Contact& c : contacts) {
+            list.push_back(&c);
         }
         physics::RunSolver(bodies, list, settings);
     }
@@ -256,9 +267,9 @@ TEST_F(SolverTest, BallSettlesAtTheTargetDepth) {
         physics::SolverParameters::Current().simulatedTime = step * h;
         ball.body->velocity.y += g * h / 2;
         const float depth = 0.5f - ball.body->position.y;
-        std::vector<ContactPtr> contacts;
+        physics::ContactList contacts;
         if (depth > 0) {
-            contacts.push_back(Touch(ball, depth));
+            contacts.push_back(*Touch(ball, depth));
         }
         ball.body->force = {0, 2 * g};
         cache.Match(contacts);
@@ -283,12 +294,12 @@ TEST_F(SolverTest, FailedRowsAreSwappedOutOfTheList) {
     const ContactPtr ok2 = Touch(other);
     physics::ConstraintList list;
     for (const ContactPtr& c : {dead1, ok1, dead2, ok2}) {
-        list.push_back(c.Get());
+        list.push_back(c.get());
     }
     physics::RunSolver(bodies, list, settings);
     ASSERT_EQ(list.size(), 2u);
-    EXPECT_EQ(list[0], ok2.Get());
-    EXPECT_EQ(list[1], ok1.Get());
+    EXPECT_EQ(list[0], ok2.get());
+    EXPECT_EQ(list[1], ok1.get());
 }
 
 TEST_F(SolverTest, PreSortLeavesTheCallersOrder) {
@@ -299,11 +310,11 @@ TEST_F(SolverTest, PreSortLeavesTheCallersOrder) {
     const ContactPtr slow = Touch(ball);
     const ContactPtr fast = Touch(other);
     physics::ConstraintList list;
-    list.push_back(slow.Get());
-    list.push_back(fast.Get());
+    list.push_back(slow.get());
+    list.push_back(fast.get());
     physics::RunSolver(bodies, list, settings);
-    EXPECT_EQ(list[0], slow.Get());
-    EXPECT_EQ(list[1], fast.Get());
+    EXPECT_EQ(list[0], slow.get());
+    EXPECT_EQ(list[1], fast.get());
     EXPECT_NEAR(ball.body->velocity.y, 0, 1e-6f);
     EXPECT_NEAR(other.body->velocity.y, 0, 1e-6f);
 }
@@ -326,7 +337,7 @@ TEST_F(SolverTest, PrioritizedQueueHoldsOneRowPerPriority) {
     EXPECT_EQ(twin.body->velocity.y, -2);
     EXPECT_TRUE(ground.body->adjacency.empty());
     ASSERT_EQ(ball.body->adjacency.size(), 1u);
-    EXPECT_EQ(ball.body->adjacency[0], first.Get());
+    EXPECT_EQ(ball.body->adjacency[0], first.get());
 }
 
 TEST_F(SolverTest, PrioritizedNeighbourBringsALeftOutRowBack) {
@@ -385,7 +396,7 @@ TEST_F(SolverTest, SweepAgreesWithTheContactsOwnOperations) {
                 new Contact(ground.geom.Get(), plank.geom.Get(), 0, {1.8f, 0}, {0, 1}, 0.02f))};
         physics::ConstraintList list;
         for (const ContactPtr& c : contacts) {
-            list.push_back(c.Get());
+            list.push_back(c.get());
         }
         physics::SolverParameters::Current().Rebuild(settings);
         for (physics::AbstractBody* body : bodies) {
@@ -432,18 +443,18 @@ TEST_F(SolverTest, SweepAgreesWithTheContactsOwnOperations) {
 TEST_F(SolverTest, OtherConstraintsKeepTheirPlaceInTheSweep) {
     ball.body->velocity = {0, -2};
     const ContactPtr c = Touch(ball);
-    const util::SharedPtr<Probe> probe(new Probe(ball.body.Get()));
+    Probe probe(ball.body.Get());
     settings.solvePreSortConstraints = false;
     settings.solveIter = 3;
     physics::ConstraintList list;
-    list.push_back(probe.Get());
-    list.push_back(c.Get());
+    list.push_back(&probe);
+    list.push_back(c.get());
     physics::RunSolver(bodies, list, settings);
     // Before the contact in the first pass, after it in the others.
-    ASSERT_EQ(probe->seen.size(), 3u);
-    EXPECT_EQ(probe->seen[0], 0);
-    EXPECT_FLOAT_EQ(probe->seen[1], 2);
-    EXPECT_FLOAT_EQ(probe->seen[2], 2);
-    EXPECT_EQ(probe->applied, 3);
+    ASSERT_EQ(probe.seen.size(), 3u);
+    EXPECT_EQ(probe.seen[0], 0);
+    EXPECT_FLOAT_EQ(probe.seen[1], 2);
+    EXPECT_FLOAT_EQ(probe.seen[2], 2);
+    EXPECT_EQ(probe.applied, 3);
     EXPECT_FLOAT_EQ(c->GetImpulseNormal(), 4);
 }

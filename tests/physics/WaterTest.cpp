@@ -99,7 +99,7 @@ TEST_F(WaterTest, ParticlesTouchEveryShapeWithinTheirSkin) {
         particles.emplace_back(new Particle(at, {0, 0}));
     }
     physics::Collider collider;
-    std::vector<physics::ContactPtr> contacts;
+    physics::ContactList contacts;
     collider.AssignBodies(sim.GetBodies(), particles);
     collider.Collide(contacts);
     // Planes first, then circles, polygons, boxes.
@@ -109,7 +109,7 @@ TEST_F(WaterTest, ParticlesTouchEveryShapeWithinTheirSkin) {
         const size_t shape = order[k];
         physics::Geom* geom = shapes[shape]->GetPlacedGeoms()[0].geom.Get();
         const Vec2 p = inside[shape];
-        const physics::Contact& c = *contacts[k];
+        const physics::Contact& c = contacts[k];
         EXPECT_EQ(c.bodies[0], shapes[shape].Get());
         EXPECT_EQ(c.bodies[1], particles[shape].Get());
         EXPECT_EQ(c.GetPoint(), p);
