@@ -1,14 +1,20 @@
 #include "physics/ParticleHash.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "physics/Particle.h"
+#include "physics/StepWorkers.h"
 #include "util/HashSet.h"
 #include "util/Hasher.h"
 
 namespace physics {
 
 namespace {
+
+// Particles per thread in reading their places: below this a part costs more to hand out
+// than it saves.
+constexpr size_t kGrain = 1024;
 
 // Far beyond any place a particle survives, and safe to step one cell past.
 constexpr int kCellLimit = 1 << 30;
@@ -50,15 +56,17 @@ const ParticleHash::Cell* ParticleHash::Find(const Key& key) const {
 }
 
 uint32_t ParticleHash::CellIndex(const Key& key) {
-    util::VectorPOD<uint32_t>& bucket = m_buckets[BucketOf(key)];
+    const size_t at = BucketOf(key);
+    util::VectorPOD<uint32_t>& bucket = m_buckets[at];
     for (uint32_t index : bucket) {
         if (m_cells[index].key == key) {
             return index;
         }
     }
     const uint32_t index = static_cast<uint32_t>(m_cells.size());
-    m_cells.push_back({key, 0, 0});
+    m_cells.push_back({key, 0, 0, 0, 0, 0, 0});
     bucket.push_back(index);
+    m_used[at / 64] |= uint64_t{1} << (at % 64);
     return index;
 }
 
@@ -68,40 +76,65 @@ void ParticleHash::Grow() {
     for (util::VectorPOD<uint32_t>& bucket : m_spareBuckets) {
         bucket.clear();
     }
-    for (const util::VectorPOD<uint32_t>& bucket : m_buckets) {
-        for (uint32_t index : bucket) {
-            const Key& key = m_cells[index].key;
-            m_spareBuckets[util::DefaultHasher()(key) % m_spareBuckets.size()].push_back(index);
+    m_spareUsed.resize((m_spareBuckets.size() + 63) / 64);
+    std::fill(m_spareUsed.begin(), m_spareUsed.end(), 0);
+    ForEachUsedBucket([&](size_t from) {
+        for (uint32_t index : m_buckets[from]) {
+            const size_t at = util::DefaultHasher()(m_cells[index].key) % m_spareBuckets.size();
+            m_spareBuckets[at].push_back(index);
+            m_spareUsed[at / 64] |= uint64_t{1} << (at % 64);
         }
-    }
+    });
     m_buckets.swap(m_spareBuckets);
+    m_used.swap(m_spareUsed);
 }
 
 void ParticleHash::Build(Particle* const* particles, size_t count, math::real cellSize) {
     if (m_buckets.empty()) {
         m_buckets.resize(InitialBucketCount(count));
+        m_used.resize((m_buckets.size() + 63) / 64);
+        std::fill(m_used.begin(), m_used.end(), 0);
     }
-    for (util::VectorPOD<uint32_t>& bucket : m_buckets) {
-        bucket.clear();
-    }
+    // Only the buckets that the last build used hold anything.
+    ForEachUsedBucket([&](size_t at) { m_buckets[at].clear(); });
+    std::fill(m_used.begin(), m_used.end(), 0);
     m_cells.clear();
     m_slotOfParticle.resize(count);
+    m_keys.resize(count);
+    m_points.resize(count);
     const math::real inverseSize = 1 / cellSize;
+    // Reading the particles is most of the cost, so all threads take a share.
+    StepWorkers::Get().ForParts(count, kGrain, [&](size_t, size_t first, size_t last) {
+        for (size_t i = first; i < last; ++i) {
+            const math::Vec2 at = particles[i]->position;
+            m_points[i] = at;
+            m_keys[i] = KeyOf(at, inverseSize);
+        }
+    });
+    // Particles next in the list are often in the same cell.
+    Key lastKey{0, 0};
+    uint32_t lastIndex = ~0u;
     for (size_t i = 0; i < count; ++i) {
         // The growth check comes with every particle, as with every insertion of a map.
         if (m_buckets.size() <= m_cells.size()) {
             Grow();
         }
-        const uint32_t index = CellIndex(KeyOf(particles[i]->position, inverseSize));
-        ++m_cells[index].count;
-        m_slotOfParticle[i] = index;
+        if (lastIndex == ~0u || !(m_keys[i] == lastKey)) {
+            lastKey = m_keys[i];
+            lastIndex = CellIndex(lastKey);
+        }
+        ++m_cells[lastIndex].count;
+        m_slotOfParticle[i] = lastIndex;
     }
     // A counting sort: each cell's members keep the list order.
     uint32_t next = 0;
+    constexpr math::real kInfinity = std::numeric_limits<math::real>::infinity();
     for (Cell& cell : m_cells) {
         cell.first = next;
         next += cell.count;
         cell.count = 0;
+        cell.minX = cell.minY = kInfinity;
+        cell.maxX = cell.maxY = -kInfinity;
     }
     m_members.resize(count);
     // Padded, so that a reader may take a fixed run of coordinates past the last one.
@@ -112,16 +145,43 @@ void ParticleHash::Build(Particle* const* particles, size_t count, math::real ce
         const uint32_t slot = cell.first + cell.count++;
         m_slotOfParticle[i] = slot;
         m_members[slot] = particles[i];
-        m_xs[slot] = particles[i]->position.x;
-        m_ys[slot] = particles[i]->position.y;
+        const math::Vec2 at = m_points[i];
+        m_xs[slot] = at.x;
+        m_ys[slot] = at.y;
+        // Compared one way round, so that NaN never enters the bounds.
+        if (at.x < cell.minX) {
+            cell.minX = at.x;
+        }
+        if (at.x > cell.maxX) {
+            cell.maxX = at.x;
+        }
+        if (at.y < cell.minY) {
+            cell.minY = at.y;
+        }
+        if (at.y > cell.maxY) {
+            cell.maxY = at.y;
+        }
     }
+    m_tableOrder.resize(m_cells.size());
+    size_t position = 0;
+    ForEachUsedBucket([&](size_t at) {
+        for (uint32_t index : m_buckets[at]) {
+            m_tableOrder[position++] = index;
+        }
+    });
+}
+
+uint32_t ParticleHash::LargestCell() const {
+    uint32_t largest = 0;
+    for (const Cell& cell : m_cells) {
+        largest = std::max(largest, cell.count);
+    }
+    return largest;
 }
 
 size_t ParticleHash::LargestBucket() const {
     size_t largest = 0;
-    for (const util::VectorPOD<uint32_t>& bucket : m_buckets) {
-        largest = std::max(largest, bucket.size());
-    }
+    ForEachUsedBucket([&](size_t at) { largest = std::max(largest, m_buckets[at].size()); });
     return largest;
 }
 

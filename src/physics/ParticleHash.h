@@ -27,6 +27,12 @@ public:
         Key key;
         uint32_t first;  // into the member array
         uint32_t count;
+        // The bounds of the members' coordinates; NaN coordinates are left out, and a cell
+        // of none but those has min above max.
+        math::real minX;
+        math::real minY;
+        math::real maxX;
+        math::real maxY;
     };
 
     // Sorts the particles into cells of the given size, each cell's members in list order.
@@ -52,16 +58,17 @@ public:
 
     template <class F>
     void ForEachCell(F visit) const {
-        for (const util::VectorPOD<uint32_t>& bucket : m_buckets) {
-            for (uint32_t index : bucket) {
-                visit(m_cells[index]);
-            }
+        for (uint32_t index : m_tableOrder) {
+            visit(m_cells[index]);
         }
     }
+    // The cells in table order, for loops that take them in ranges.
+    const Cell& CellInTableOrder(size_t position) const { return m_cells[m_tableOrder[position]]; }
 
     size_t CellCount() const { return m_cells.size(); }
     size_t BucketCount() const { return m_buckets.size(); }
     size_t LargestBucket() const;
+    uint32_t LargestCell() const;
 
     // The table's first size for n entries: n taken to the next odd number and on to the
     // next prime, at least 3.
@@ -72,11 +79,29 @@ private:
     uint32_t CellIndex(const Key& key);
     void Grow();
 
+    // Calls visit(bucket) for each bucket that has held a cell since the last build, in
+    // ascending order: all others are empty.
+    template <class F>
+    void ForEachUsedBucket(F visit) const {
+        for (size_t word = 0; word < m_used.size(); ++word) {
+            for (uint64_t bits = m_used[word]; bits != 0; bits &= bits - 1) {
+                visit(word * 64 + static_cast<size_t>(__builtin_ctzll(bits)));
+            }
+        }
+    }
+
     std::vector<util::VectorPOD<uint32_t>> m_buckets;
     std::vector<util::VectorPOD<uint32_t>> m_spareBuckets;
+    // A bit for each bucket that has held a cell since the last build.
+    util::VectorPOD<uint64_t> m_used;
+    util::VectorPOD<uint64_t> m_spareUsed;
     std::vector<Cell> m_cells;
+    util::VectorPOD<uint32_t> m_tableOrder;
     // Each particle's cell while the cells fill, then its slot.
     util::VectorPOD<uint32_t> m_slotOfParticle;
+    // Each particle's place and cell, in list order.
+    util::VectorPOD<math::Vec2> m_points;
+    util::VectorPOD<Key> m_keys;
     util::VectorPOD<Particle*> m_members;
     util::VectorPOD<math::real> m_xs;
     util::VectorPOD<math::real> m_ys;

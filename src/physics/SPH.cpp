@@ -1,7 +1,10 @@
 #include "physics/SPH.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <iterator>
+#include <limits>
 
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -10,6 +13,7 @@
 #include "logging/Log.h"
 #include "math/MathUtil.h"
 #include "physics/Particle.h"
+#include "physics/StepWorkers.h"
 #include "util/LexicalCast.h"
 #include "util/Profiler.h"
 
@@ -24,55 +28,332 @@ namespace {
 // particles records itself both ways.
 const ParticleHash::Key kHalfNeighbourhood[] = {{0, 0}, {0, 1}, {1, -1}, {1, 0}, {1, 1}};
 
-// Appends the pairs of slot i with the slots from first to last whose squared distance is
-// below reach, in the order of the slots, while both lists have room: counts holds each
-// slot's list length so far, at most cap. Four candidates are tested at once; their
-// arithmetic is the scalar one, lane by lane, so the distances are the same bits.
-void FindPairs(uint32_t i, uint32_t first, uint32_t last, const real* xs, const real* ys,
-               real reach, uint32_t* counts, uint32_t cap, util::VectorPOD<SPH::Pair>& pairs) {
-    auto add = [&](uint32_t j, real d2) {
-        if (counts[j] < cap && counts[i] < cap) {
-            pairs.push_back({i, j, std::sqrt(d2), Vec2(xs[j] - xs[i], ys[j] - ys[i])});
-            ++counts[i];
-            ++counts[j];
-        }
-    };
+// Particles per thread in the loops over particles: below this a part costs more to hand
+// out than it saves.
+constexpr size_t kParticleGrain = 512;
+// Pairs per particle that a thread of the search may keep before the caps are applied:
+// water has fewer than ten, a pile far more, and a pile is left to one thread.
+constexpr size_t kPairsPerParticle = 32;
+constexpr size_t kMinPairBudget = 4096;
+
+// The candidates from first to last of xs and ys (readable four past last) whose squared
+// distance from (xi, yi) is below reach, in their order, into hits, which has room for
+// three more. Four candidates are tested at once; their arithmetic is the scalar one, lane
+// by lane, so the distances that the lists compute again are the same bits.
+uint32_t FindHits(real xi, real yi, const real* xs, const real* ys, uint32_t first, uint32_t last,
+                  real reach, uint32_t* hits) {
+    uint32_t count = 0;
 #ifdef __SSE2__
     static_assert(ParticleHash::kPadding >= 4);
-    const __m128 xi = _mm_set1_ps(xs[i]);
-    const __m128 yi = _mm_set1_ps(ys[i]);
+    const __m128 vxi = _mm_set1_ps(xi);
+    const __m128 vyi = _mm_set1_ps(yi);
     const __m128 limit = _mm_set1_ps(reach);
-    for (uint32_t j = first; j < last && counts[i] < cap; j += 4) {
-        const __m128 dx = _mm_sub_ps(_mm_loadu_ps(xs + j), xi);
-        const __m128 dy = _mm_sub_ps(_mm_loadu_ps(ys + j), yi);
+    for (uint32_t k = first; k < last; k += 4) {
+        const __m128 dx = _mm_sub_ps(_mm_loadu_ps(xs + k), vxi);
+        const __m128 dy = _mm_sub_ps(_mm_loadu_ps(ys + k), vyi);
         const __m128 d2 = _mm_add_ps(_mm_mul_ps(dx, dx), _mm_mul_ps(dy, dy));
         unsigned mask = static_cast<unsigned>(_mm_movemask_ps(_mm_cmplt_ps(d2, limit)));
-        if (last - j < 4) {
+        if (last - k < 4) {
             // Lanes past the last candidate read padding.
-            mask &= (1u << (last - j)) - 1;
+            mask &= (1u << (last - k)) - 1;
         }
-        if (mask == 0) {
-            continue;
-        }
-        alignas(16) float lanes[4];
-        _mm_store_ps(lanes, d2);
-        while (mask != 0) {
-            const unsigned k = static_cast<unsigned>(__builtin_ctz(mask));
-            mask &= mask - 1;
-            add(j + k, lanes[k]);
-        }
+        // Without branches: each place is written, and kept only for a hit.
+        hits[count] = k;
+        count += mask & 1;
+        hits[count] = k + 1;
+        count += (mask >> 1) & 1;
+        hits[count] = k + 2;
+        count += (mask >> 2) & 1;
+        hits[count] = k + 3;
+        count += mask >> 3;
     }
 #else
-    for (uint32_t j = first; j < last && counts[i] < cap; ++j) {
-        const real dx = xs[j] - xs[i];
-        const real dy = ys[j] - ys[i];
-        const real d2 = dx * dx + dy * dy;
-        if (d2 < reach) {
-            add(j, d2);
+    for (uint32_t k = first; k < last; ++k) {
+        const real dx = xs[k] - xi;
+        const real dy = ys[k] - yi;
+        if (dx * dx + dy * dy < reach) {
+            hits[count++] = k;
         }
     }
 #endif
+    return count;
 }
+
+#ifdef __SSE2__
+// The lanes below n.
+__m128 FirstLanes(uint32_t n) {
+    return _mm_castsi128_ps(
+        _mm_cmplt_epi32(_mm_setr_epi32(0, 1, 2, 3), _mm_set1_epi32(static_cast<int>(n))));
+}
+
+__m128 Select(__m128 mask, __m128 a, __m128 b) {
+    return _mm_or_ps(_mm_and_ps(mask, a), _mm_andnot_ps(mask, b));
+}
+
+real LowestLane(__m128 v) {
+    v = _mm_min_ps(v, _mm_shuffle_ps(v, v, _MM_SHUFFLE(1, 0, 3, 2)));
+    v = _mm_min_ps(v, _mm_shuffle_ps(v, v, _MM_SHUFFLE(2, 3, 0, 1)));
+    return _mm_cvtss_f32(v);
+}
+
+real HighestLane(__m128 v) {
+    v = _mm_max_ps(v, _mm_shuffle_ps(v, v, _MM_SHUFFLE(1, 0, 3, 2)));
+    v = _mm_max_ps(v, _mm_shuffle_ps(v, v, _MM_SHUFFLE(2, 3, 0, 1)));
+    return _mm_cvtss_f32(v);
+}
+#endif
+
+// A box of coordinates, from low to high on each axis.
+struct Bounds {
+    real lowX;
+    real lowY;
+    real highX;
+    real highY;
+};
+
+// Two cells meet only where their members come within reach of each other. A pair's test
+// takes dx = x_j - x_i, j of the later cell B and i of A. Rounding keeps order, so where
+// the same difference with a bound of the other cell in place of one member rounds to h or
+// beyond, or to -h or below, so does the pair's: then dx * dx >= h * h, and so is the
+// squared distance, which the test refuses. The members of A within reach of B's box are
+// kept, then the members of B within reach of the box of those: no pair the test would
+// take is lost, and those kept stay in their order. NaN coordinates are never within
+// reach, as they never pass the test either.
+//
+// The slots from first to last of A within reach of B's box, into near, which has room for
+// three more; their own box goes to bounds. Coordinates are readable four past last.
+uint32_t NearBox(const real* xs, const real* ys, uint32_t first, uint32_t last, const Bounds& box,
+                 real h, uint32_t* near, Bounds& bounds) {
+    uint32_t count = 0;
+#ifdef __SSE2__
+    // Four at a time and without branches: a member's place is written whether it is kept
+    // or not, and the next one's overwrites it if not.
+    const __m128 boxLowX = _mm_set1_ps(box.lowX);
+    const __m128 boxLowY = _mm_set1_ps(box.lowY);
+    const __m128 boxHighX = _mm_set1_ps(box.highX);
+    const __m128 boxHighY = _mm_set1_ps(box.highY);
+    const __m128 reach = _mm_set1_ps(h);
+    const __m128 negativeReach = _mm_set1_ps(-h);
+    const __m128 infinity = _mm_set1_ps(std::numeric_limits<real>::infinity());
+    const __m128 negativeInfinity = _mm_set1_ps(-std::numeric_limits<real>::infinity());
+    __m128 lowX = infinity;
+    __m128 lowY = infinity;
+    __m128 highX = negativeInfinity;
+    __m128 highY = negativeInfinity;
+    for (uint32_t i = first; i < last; i += 4) {
+        const __m128 x = _mm_loadu_ps(xs + i);
+        const __m128 y = _mm_loadu_ps(ys + i);
+        __m128 within =
+            _mm_and_ps(_mm_and_ps(_mm_cmplt_ps(_mm_sub_ps(boxLowX, x), reach),
+                                  _mm_cmpgt_ps(_mm_sub_ps(boxHighX, x), negativeReach)),
+                       _mm_and_ps(_mm_cmplt_ps(_mm_sub_ps(boxLowY, y), reach),
+                                  _mm_cmpgt_ps(_mm_sub_ps(boxHighY, y), negativeReach)));
+        if (last - i < 4) {
+            within = _mm_and_ps(within, FirstLanes(last - i));
+        }
+        const unsigned bits = static_cast<unsigned>(_mm_movemask_ps(within));
+        near[count] = i;
+        count += bits & 1;
+        near[count] = i + 1;
+        count += (bits >> 1) & 1;
+        near[count] = i + 2;
+        count += (bits >> 2) & 1;
+        near[count] = i + 3;
+        count += bits >> 3;
+        lowX = _mm_min_ps(lowX, Select(within, x, infinity));
+        lowY = _mm_min_ps(lowY, Select(within, y, infinity));
+        highX = _mm_max_ps(highX, Select(within, x, negativeInfinity));
+        highY = _mm_max_ps(highY, Select(within, y, negativeInfinity));
+    }
+    bounds = {LowestLane(lowX), LowestLane(lowY), HighestLane(highX), HighestLane(highY)};
+#else
+    bounds = {std::numeric_limits<real>::infinity(), std::numeric_limits<real>::infinity(),
+              -std::numeric_limits<real>::infinity(), -std::numeric_limits<real>::infinity()};
+    for (uint32_t i = first; i < last; ++i) {
+        const real x = xs[i];
+        const real y = ys[i];
+        if (box.lowX - x < h && box.highX - x > -h && box.lowY - y < h && box.highY - y > -h) {
+            near[count++] = i;
+            bounds.lowX = std::min(bounds.lowX, x);
+            bounds.lowY = std::min(bounds.lowY, y);
+            bounds.highX = std::max(bounds.highX, x);
+            bounds.highY = std::max(bounds.highY, y);
+        }
+    }
+#endif
+    return count;
+}
+
+// The slots from first to last of B within reach of the box of A's kept members, into
+// near with their coordinates, which have room for three more.
+uint32_t NearMembers(const real* xs, const real* ys, uint32_t first, uint32_t last,
+                     const Bounds& box, real h, uint32_t* near, real* nearXs, real* nearYs) {
+    uint32_t count = 0;
+#ifdef __SSE2__
+    const __m128 boxLowX = _mm_set1_ps(box.lowX);
+    const __m128 boxLowY = _mm_set1_ps(box.lowY);
+    const __m128 boxHighX = _mm_set1_ps(box.highX);
+    const __m128 boxHighY = _mm_set1_ps(box.highY);
+    const __m128 reach = _mm_set1_ps(h);
+    const __m128 negativeReach = _mm_set1_ps(-h);
+    for (uint32_t j = first; j < last; j += 4) {
+        const __m128 x = _mm_loadu_ps(xs + j);
+        const __m128 y = _mm_loadu_ps(ys + j);
+        __m128 within = _mm_and_ps(_mm_and_ps(_mm_cmplt_ps(_mm_sub_ps(x, boxHighX), reach),
+                                              _mm_cmpgt_ps(_mm_sub_ps(x, boxLowX), negativeReach)),
+                                   _mm_and_ps(_mm_cmplt_ps(_mm_sub_ps(y, boxHighY), reach),
+                                              _mm_cmpgt_ps(_mm_sub_ps(y, boxLowY), negativeReach)));
+        if (last - j < 4) {
+            within = _mm_and_ps(within, FirstLanes(last - j));
+        }
+        const unsigned bits = static_cast<unsigned>(_mm_movemask_ps(within));
+        for (unsigned lane = 0; lane < 4; ++lane) {
+            near[count] = j + lane;
+            nearXs[count] = xs[j + lane];
+            nearYs[count] = ys[j + lane];
+            count += (bits >> lane) & 1;
+        }
+    }
+#else
+    for (uint32_t j = first; j < last; ++j) {
+        const real x = xs[j];
+        const real y = ys[j];
+        if (x - box.highX < h && x - box.lowX > -h && y - box.highY < h && y - box.lowY > -h) {
+            near[count] = j;
+            nearXs[count] = x;
+            nearYs[count] = y;
+            ++count;
+        }
+    }
+#endif
+    return count;
+}
+
+// Hands the hits of slot i among the candidates from first to last to the sink, a run of
+// them at a time, so that a list that is full stops the tests: in a pile most are.
+template <class Sink, class SlotOf>
+void Search(Sink& sink, uint32_t i, real xi, real yi, const real* xs, const real* ys,
+            uint32_t first, uint32_t last, real reach, uint32_t* hits, SlotOf slotOf) {
+    constexpr uint32_t kRun = 64;
+    for (uint32_t from = first; from < last && sink.Open(i); from += kRun) {
+        const uint32_t to = std::min(last, from + kRun);
+        sink.Add(i, hits, FindHits(xi, yi, xs, ys, from, to, reach, hits), slotOf);
+    }
+}
+
+// Takes the pairs while both lists have room, as they are found: counts holds each slot's
+// list length so far, at most cap.
+class CappedSink {
+public:
+    CappedSink(uint32_t* counts, uint32_t cap, util::VectorPOD<SPH::Pair>& pairs)
+        : m_counts(counts), m_cap(cap), m_pairs(pairs) {}
+    bool Full() const { return false; }
+    bool Open(uint32_t i) const { return m_counts[i] < m_cap; }
+    size_t Count() const { return m_pairs.size(); }
+    // The hits of slot i, each the slot that slotOf gives for it.
+    template <class SlotOf>
+    void Add(uint32_t i, const uint32_t* hits, uint32_t count, SlotOf slotOf) {
+        const size_t size = m_pairs.size();
+        m_pairs.resize(size + count);
+        SPH::Pair* out = m_pairs.data() + size;
+        // Slot i's count in a register: no pair has j == i.
+        uint32_t countI = m_counts[i];
+        for (uint32_t k = 0; k < count && countI < m_cap; ++k) {
+            const uint32_t j = slotOf(hits[k]);
+            const uint32_t countJ = m_counts[j];
+            if (countJ < m_cap) {
+                *out++ = {i, j, countI++, countJ};
+                m_counts[j] = countJ + 1;
+            }
+        }
+        m_counts[i] = countI;
+        m_pairs.resize(static_cast<size_t>(out - m_pairs.data()));
+    }
+
+private:
+    uint32_t* m_counts;
+    uint32_t m_cap;
+    util::VectorPOD<SPH::Pair>& m_pairs;
+};
+
+// Keeps every pair, for the caps or the places in the lists to be settled afterwards in
+// the order of the parts, and counts the pairs of each slot. It has room for a budget and
+// one more slot's pairs; past the budget it stops the search.
+class CollectingSink {
+public:
+    CollectingSink(SPH::Pair* pairs, uint32_t* counts, size_t budget)
+        : m_pairs(pairs), m_counts(counts), m_budget(budget) {}
+    bool Full() const { return m_count > m_budget; }
+    bool Open(uint32_t) const { return true; }
+    template <class SlotOf>
+    void Add(uint32_t i, const uint32_t* hits, uint32_t count, SlotOf slotOf) {
+        SPH::Pair* out = m_pairs + m_count;
+        for (uint32_t k = 0; k < count; ++k) {
+            const uint32_t j = slotOf(hits[k]);
+            out[k] = {i, j, 0, 0};
+            ++m_counts[j];
+        }
+        m_counts[i] += count;
+        m_count += count;
+    }
+    size_t Count() const { return m_count; }
+
+private:
+    SPH::Pair* m_pairs;
+    uint32_t* m_counts;
+    size_t m_budget;
+    size_t m_count = 0;
+};
+
+#ifdef __SSE2__
+// SPH::Density of four distances, lane by lane, given h * h and 315 k1.
+__m128 DensityLanes(__m128 d, __m128 hh, __m128 k) {
+    const __m128 x = _mm_sub_ps(hh, _mm_mul_ps(d, d));
+    return _mm_mul_ps(_mm_mul_ps(_mm_mul_ps(k, x), x), x);
+}
+#endif
+
+// The particles lie apart on the heap, and a loop over them waits for each in turn; asking
+// for the state of one some way ahead hides most of that.
+constexpr size_t kAhead = 8;
+void Prefetch(Particle* const* members, size_t slot, size_t last) {
+    if (slot + kAhead < last) {
+        const Particle* ahead = members[slot + kAhead];
+        __builtin_prefetch(&ahead->force);
+        __builtin_prefetch(&ahead->tension);
+    }
+}
+
+#ifdef __SSE2__
+// Four lists side by side, those of four slots in a row, for loops that take a particle in
+// each lane: each lane runs through its own list in order, so that its sums are the ones
+// the particle's own loop would make. A lane whose list has ended keeps its sums; it reads
+// its last entry again, which is not added.
+struct Lanes {
+    Lanes(const Particle::Neighbour* entries, const uint32_t* starts, size_t slot) {
+        for (size_t lane = 0; lane < 4; ++lane) {
+            lists[lane] = entries + starts[slot + lane];
+            lengths[lane] = starts[slot + lane + 1] - starts[slot + lane];
+            longest = std::max(longest, lengths[lane]);
+        }
+        // Every list holds the particle itself.
+        ends = _mm_setr_epi32(static_cast<int>(lengths[0]), static_cast<int>(lengths[1]),
+                              static_cast<int>(lengths[2]), static_cast<int>(lengths[3]));
+    }
+    const Particle::Neighbour& At(size_t lane, uint32_t k) const {
+        return lists[lane][std::min(k, lengths[lane] - 1)];
+    }
+    // The lanes whose lists go on to entry k.
+    __m128 Active(uint32_t k) const {
+        return _mm_castsi128_ps(_mm_cmplt_epi32(_mm_set1_epi32(static_cast<int>(k)), ends));
+    }
+
+    const Particle::Neighbour* lists[4];
+    uint32_t lengths[4];
+    uint32_t longest = 0;
+    __m128i ends;
+};
+#endif
 
 bool IsMovable(const Particle& particle) {
     return !particle.IsImmovable();
@@ -176,8 +457,9 @@ void SPH::Update(const ParticleList& particles, real dt) {
     if (particles.empty()) {
         return;
     }
-    for (const ParticlePtr& particle : particles) {
-        m_particles.push_back(particle.Get());
+    m_particles.resize(particles.size());
+    for (size_t k = 0; k < particles.size(); ++k) {
+        m_particles[k] = particles[k].Get();
     }
     {
         VORRA_PROFILE("Update rad/density");
@@ -186,9 +468,12 @@ void SPH::Update(const ParticleList& particles, real dt) {
         const real mu = friction->Get();
         const real e = restitution->Get();
         m_mass = math::Pi * r * r * rho;
-        for (Particle* particle : m_particles) {
-            particle->SetProps(r, rho, mu, e);
-        }
+        StepWorkers::Get().ForParts(m_particles.size(), kParticleGrain,
+                                    [&](size_t, size_t first, size_t last) {
+                                        for (size_t k = first; k < last; ++k) {
+                                            m_particles[k]->SetProps(r, rho, mu, e);
+                                        }
+                                    });
     }
     FindNeighbors();
     CalcSPHForces();
@@ -220,57 +505,242 @@ void SPH::FindNeighbors() {
         m_hash.Build(m_particles.data(), m_particles.size(), bucketSize->Get() * h);
     }
     VORRA_PROFILE("Building neighbor lists");
-    const real* xs = m_hash.Xs();
-    const real* ys = m_hash.Ys();
-    const real reach = h * h;
     const size_t count = m_hash.MemberCount();
+    const size_t cells = m_hash.CellCount();
     // Each list starts with the particle itself.
     m_listCount.resize(count);
     std::fill(m_listCount.begin(), m_listCount.end(), 1u);
     const uint32_t listCap = GetNeighbourCap();
     const uint32_t cellCap = GetCellCap();
+    const uint32_t largest = m_hash.LargestCell();
     size_t leftOut = 0;
-    // The pairs first, in the order the cells meet them; each list is then the particle
-    // itself followed by its pairs in that order, all lists in one store in slot order.
-    m_pairs.clear();
-    m_hash.ForEachCell([&](const ParticleHash::Cell& a) {
-        const uint32_t countA = std::min(a.count, cellCap);
-        leftOut += a.count - countA;
-        for (const ParticleHash::Key& offset : kHalfNeighbourhood) {
-            const ParticleHash::Cell* b = m_hash.Find(a.key + offset);
+    if (largest > cellCap) {
+        m_hash.ForEachCell([&](const ParticleHash::Cell& cell) {
+            leftOut += cell.count - std::min(cell.count, cellCap);
+        });
+    }
+
+    // The pairs are those that one thread finds taking the cells in table order, the caps
+    // applied as it meets them. Threads each search a range of cells, keeping all pairs;
+    // the caps then go through their pairs in range order, which gives the same.
+    StepWorkers& workers = StepWorkers::Get();
+    const size_t room = std::min(largest, cellCap);
+    // A cell whose own pairs would pass a thread's budget is a pile, which the caps cut
+    // short on one thread.
+    const size_t threads = workers.PartsFor(count, kParticleGrain);
+    const bool pile = uint64_t{room} * room / 2 > kPairsPerParticle * count / threads;
+    const size_t parts = pile ? 1 : threads;
+    if (m_searchParts.size() < parts) {
+        m_searchParts.resize(parts);
+    }
+    for (size_t p = 0; p < parts; ++p) {
+        SearchPart& part = m_searchParts[p];
+        part.nearA.resize(room + ParticleHash::kPadding);
+        part.hits.resize(room + ParticleHash::kPadding);
+        part.nearB.resize(room + ParticleHash::kPadding);
+        part.nearBXs.resize(room + ParticleHash::kPadding);
+        part.nearBYs.resize(room + ParticleHash::kPadding);
+        part.pairs.clear();
+    }
+    bool ranked = true;
+    if (parts <= 1) {
+        CappedSink sink(m_listCount.data(), listCap, m_searchParts[0].pairs);
+        SearchCells(0, cells, h, cellCap, m_searchParts[0], sink);
+    } else {
+        // Ranges of about the same number of members.
+        size_t position = 0;
+        size_t members = 0;
+        for (size_t p = 0; p < parts; ++p) {
+            SearchPart& part = m_searchParts[p];
+            const size_t before = members;
+            const size_t target = count * (p + 1) / parts;
+            part.firstCell = position;
+            while (position < cells && members < target) {
+                members += m_hash.CellInTableOrder(position++).count;
+            }
+            part.lastCell = position;
+            part.budget = kPairsPerParticle * (members - before) + kMinPairBudget;
+            part.pairs.resize(part.budget + room);
+            part.counts.resize(count);
+        }
+        workers.ForParts(parts, 1, [&](size_t, size_t first, size_t last) {
+            for (size_t p = first; p < last; ++p) {
+                SearchPart& part = m_searchParts[p];
+                std::fill(part.counts.begin(), part.counts.end(), 0u);
+                CollectingSink sink(part.pairs.data(), part.counts.data(), part.budget);
+                part.stoppedAt = SearchCells(part.firstCell, part.lastCell, h, cellCap, part, sink);
+                // A part that gave up keeps the pairs of the cells it finished.
+                part.pairs.resize(part.stoppedAt < part.lastCell ? part.pairsBefore : sink.Count());
+            }
+        });
+        bool complete = true;
+        for (size_t p = 0; p < parts; ++p) {
+            complete = complete && m_searchParts[p].stoppedAt == m_searchParts[p].lastCell;
+        }
+        // Where no list would pass its cap, every pair is taken, and a slot's pairs of one
+        // part follow those of the parts before: each part's counts become the places of its
+        // first pairs.
+        ranked = !complete || !PlacePairs(parts, listCap);
+        if (ranked) {
+            std::fill(m_listCount.begin(), m_listCount.end(), 1u);
+            ApplyCaps(parts, h, cellCap, listCap);
+        }
+    }
+    ReportPileUp(leftOut, listCap);
+    BuildLists(parts, ranked);
+}
+
+bool SPH::PlacePairs(size_t parts, uint32_t listCap) {
+    const size_t count = m_hash.MemberCount();
+    std::array<bool, StepWorkers::kMaxThreads> over{};
+    StepWorkers::Get().ForParts(count, kParticleGrain, [&](size_t part, size_t first, size_t last) {
+        bool passed = false;
+        for (size_t slot = first; slot < last; ++slot) {
+            uint32_t listed = 1;
+            for (size_t p = 0; p < parts; ++p) {
+                uint32_t& counted = m_searchParts[p].counts[slot];
+                const uint32_t found = counted;
+                counted = listed;
+                listed += found;
+            }
+            m_listCount[slot] = listed;
+            passed = passed || listed > listCap;
+        }
+        over[part] = passed;
+    });
+    return std::find(over.begin(), over.end(), true) == over.end();
+}
+
+void SPH::ApplyCaps(size_t parts, real h, uint32_t cellCap, uint32_t listCap) {
+    // The caps, in the order of a search on one thread.
+    const size_t cells = m_hash.CellCount();
+    uint32_t* counts = m_listCount.data();
+    for (size_t p = 0; p < parts; ++p) {
+        SearchPart& part = m_searchParts[p];
+        size_t kept = 0;
+        for (const Pair& found : part.pairs) {
+            if (counts[found.j] < listCap && counts[found.i] < listCap) {
+                Pair& pair = part.pairs[kept++];
+                pair = found;
+                pair.atI = counts[found.i]++;
+                pair.atJ = counts[found.j]++;
+            }
+        }
+        part.pairs.resize(kept);
+        if (part.stoppedAt < part.lastCell) {
+            // A pile: the rest is searched here, the caps applied as the pairs come.
+            CappedSink sink(counts, listCap, part.pairs);
+            SearchCells(part.stoppedAt, cells, h, cellCap, part, sink);
+            for (size_t q = p + 1; q < parts; ++q) {
+                m_searchParts[q].pairs.clear();
+            }
+            return;
+        }
+    }
+}
+
+template <class Sink>
+size_t SPH::SearchCells(size_t firstCell, size_t lastCell, real h, uint32_t cellCap,
+                        SearchPart& part, Sink& sink) const {
+    const real* xs = m_hash.Xs();
+    const real* ys = m_hash.Ys();
+    const real reach = h * h;
+    uint32_t* nearA = part.nearA.data();
+    uint32_t* hits = part.hits.data();
+    uint32_t* nearB = part.nearB.data();
+    real* nearBXs = part.nearBXs.data();
+    real* nearBYs = part.nearBYs.data();
+    const auto itself = [](uint32_t k) { return k; };
+    const auto gathered = [nearB](uint32_t k) { return nearB[k]; };
+    for (size_t position = firstCell; position < lastCell; ++position) {
+        const ParticleHash::Cell& a = m_hash.CellInTableOrder(position);
+        part.pairsBefore = sink.Count();
+        const uint32_t endA = a.first + std::min(a.count, cellCap);
+        for (uint32_t i = a.first; i < endA; ++i) {
+            if (sink.Full()) {
+                return position;
+            }
+            Search(sink, i, xs[i], ys[i], xs, ys, i + 1, endA, reach, hits, itself);
+        }
+        for (size_t o = 1; o < std::size(kHalfNeighbourhood); ++o) {
+            const ParticleHash::Cell* b = m_hash.Find(a.key + kHalfNeighbourhood[o]);
             if (!b) {
                 continue;
             }
-            const bool same = b == &a;
-            const uint32_t endB = b->first + std::min(b->count, cellCap);
-            for (uint32_t i = a.first; i < a.first + countA; ++i) {
-                FindPairs(i, same ? i + 1 : b->first, endB, xs, ys, reach, m_listCount.data(),
-                          listCap, m_pairs);
+            // See NearBox.
+            Bounds near;
+            const uint32_t countA = NearBox(xs, ys, a.first, endA,
+                                            {b->minX, b->minY, b->maxX, b->maxY}, h, nearA, near);
+            if (countA == 0) {
+                continue;
+            }
+            const uint32_t countB =
+                NearMembers(xs, ys, b->first, b->first + std::min(b->count, cellCap), near, h,
+                            nearB, nearBXs, nearBYs);
+            if (countB == 0) {
+                continue;
+            }
+            for (size_t k = countB; k < countB + ParticleHash::kPadding; ++k) {
+                nearBXs[k] = 0;
+                nearBYs[k] = 0;
+            }
+            for (uint32_t k = 0; k < countA; ++k) {
+                if (sink.Full()) {
+                    return position;
+                }
+                const uint32_t i = nearA[k];
+                Search(sink, i, xs[i], ys[i], nearBXs, nearBYs, 0, countB, reach, hits, gathered);
             }
         }
-    });
-    ReportPileUp(leftOut, listCap);
+    }
+    return lastCell;
+}
 
+void SPH::BuildLists(size_t parts, bool ranked) {
+    // Each list is the particle itself followed by its pairs in the order they were taken,
+    // all lists in one store in slot order. Each pair knows its places, or each part where
+    // its first pair of each slot goes, so the parts fill the store side by side.
+    const size_t count = m_hash.MemberCount();
     m_listStart.resize(count + 1);
     m_listStart[0] = 0;
     for (size_t slot = 0; slot < count; ++slot) {
         m_listStart[slot + 1] = m_listStart[slot] + m_listCount[slot];
     }
     m_entries.resize(m_listStart[count]);
-    m_listEnd.assign(m_listStart.begin(), m_listStart.begin() + count);
     Particle* const* members = m_hash.Members();
-    for (uint32_t slot = 0; slot < count; ++slot) {
-        m_entries[m_listEnd[slot]++] = {members[slot], slot, 0, {0, 0}};
-    }
-    for (const Pair& pair : m_pairs) {
-        m_entries[m_listEnd[pair.i]++] = {members[pair.j], pair.j, pair.distance, pair.delta};
-        m_entries[m_listEnd[pair.j]++] = {members[pair.i], pair.i, pair.distance, -pair.delta};
-    }
-    const Particle::Neighbour* entries = m_entries.data();
-    for (size_t slot = 0; slot < count; ++slot) {
-        members[slot]->neighbours =
-            Particle::NeighbourList(entries + m_listStart[slot], entries + m_listStart[slot + 1]);
-    }
+    const real* xs = m_hash.Xs();
+    const real* ys = m_hash.Ys();
+    Particle::Neighbour* entries = m_entries.data();
+    const uint32_t* starts = m_listStart.data();
+    const auto enter = [&](const Pair& pair, uint32_t atI, uint32_t atJ) {
+        // The expressions of the test, so the same bits.
+        const Vec2 delta(xs[pair.j] - xs[pair.i], ys[pair.j] - ys[pair.i]);
+        const real distance = std::sqrt(delta.x * delta.x + delta.y * delta.y);
+        entries[starts[pair.i] + atI] = {members[pair.j], pair.j, distance, delta};
+        entries[starts[pair.j] + atJ] = {members[pair.i], pair.i, distance, -delta};
+    };
+    StepWorkers& workers = StepWorkers::Get();
+    workers.ForParts(parts, 1, [&](size_t, size_t first, size_t last) {
+        for (size_t p = first; p < last; ++p) {
+            SearchPart& part = m_searchParts[p];
+            if (ranked) {
+                for (const Pair& pair : part.pairs) {
+                    enter(pair, pair.atI, pair.atJ);
+                }
+            } else {
+                uint32_t* at = part.counts.data();
+                for (const Pair& pair : part.pairs) {
+                    enter(pair, at[pair.i]++, at[pair.j]++);
+                }
+            }
+        }
+    });
+    // The particles are given their lists with their densities, which touch them anyway.
+    workers.ForParts(count, kParticleGrain, [&](size_t, size_t first, size_t last) {
+        for (size_t slot = first; slot < last; ++slot) {
+            entries[starts[slot]] = {members[slot], static_cast<uint32_t>(slot), 0, {0, 0}};
+        }
+    });
 }
 
 void SPH::ReportPileUp(size_t leftOut, uint32_t listCap) {
@@ -302,59 +772,180 @@ void SPH::CalcSPHForces() {
     m_k2 = static_cast<real>(1.0 / (std::pow(h, 6) * 3.1415927));
 
     // The neighbours' state is read by slot from arrays in slot order, which keeps the
-    // reads close together; each particle's sums still run in its list's order.
+    // reads close together; each particle's sums still run in its list's order. Each
+    // particle is computed on its own, first the densities of all, then the forces.
     const size_t count = m_particles.size();
     m_slotDensity.resize(count);
     m_slotPressure.resize(count);
     m_slotVelocity.resize(count);
+    Particle* const* members = m_hash.Members();
+    const Particle::Neighbour* entries = m_entries.data();
+    const uint32_t* starts = m_listStart.data();
+    StepWorkers& workers = StepWorkers::Get();
     const real m = m_mass;
     const real c = soundSpeed->Get();
     const real restDensity = density->Get();
-    for (size_t k = 0; k < count; ++k) {
-        Particle& particle = *m_particles[k];
-        const uint32_t slot = m_hash.SlotOf(k);
-        real sum = 0;
-        for (const Particle::Neighbour& n : particle.neighbours) {
-            sum += Density(n.distance);
-        }
+    const auto setDensity = [&](size_t slot, real sum) {
+        Particle& particle = *members[slot];
+        particle.neighbours =
+            Particle::NeighbourList(entries + starts[slot], entries + starts[slot + 1]);
         particle.density = m * sum;
         // A linear equation of state; below the rest density the pressure pulls.
         particle.pressure = c * c * (particle.density - restDensity);
         m_slotDensity[slot] = particle.density;
         m_slotPressure[slot] = particle.pressure;
         m_slotVelocity[slot] = particle.velocity;
-    }
+    };
+#ifdef __SSE2__
+    const __m128 hh = _mm_set1_ps(m_h * m_h);
+    const __m128 k315 = _mm_set1_ps(315 * m_k1);
+#endif
+    workers.ForParts(count, kParticleGrain, [&](size_t, size_t first, size_t last) {
+        for (size_t slot = first; slot < last; ++slot) {
+            Prefetch(members, slot, last);
+            const Particle::Neighbour* n = entries + starts[slot];
+            const size_t listed = starts[slot + 1] - starts[slot];
+            real sum = 0;
+            size_t k = 0;
+#ifdef __SSE2__
+            // The kernel four entries at a time, the sum still one by one. (Particles side
+            // by side, a lane each, as for the forces, cost more here than they save.)
+            for (; k + 4 <= listed; k += 4) {
+                alignas(16) float w[4];
+                _mm_store_ps(w, DensityLanes(_mm_setr_ps(n[k].distance, n[k + 1].distance,
+                                                         n[k + 2].distance, n[k + 3].distance),
+                                             hh, k315));
+                sum += w[0];
+                sum += w[1];
+                sum += w[2];
+                sum += w[3];
+            }
+#endif
+            for (; k < listed; ++k) {
+                sum += Density(n[k].distance);
+            }
+            setDensity(slot, sum);
+        }
+    });
 
     const bool special = specialPressure->Get();
     const real tensionScale = surfaceTension->Get();
     const real pressScale = pressMultiplier->Get();
     const real viscosityScale = viscMultiplier->Get() * viscosity->Get();
-    for (Particle* particle : m_particles) {
-        Particle& i = *particle;
-        const real rhoI = i.density;
-        const real pI = i.pressure;
-        const Vec2 vI = i.velocity;
-        Vec2 pressureSum(0, 0);
-        Vec2 tensionSum(0, 0);
-        Vec2 viscositySum(0, 0);
-        // The entry of the particle itself adds nothing: its vector and velocity
-        // difference are 0.
-        for (const Particle::Neighbour& n : i.neighbours) {
-            const real rhoJ = m_slotDensity[n.slot];
-            const real pJ = m_slotPressure[n.slot];
-            const real t =
-                special ? (pI + pJ) / (2 * rhoI * rhoJ) : pJ / (rhoJ * rhoJ) + pI / (rhoI * rhoI);
-            const real g = Gradient(n.distance);
-            pressureSum += g * n.delta * t;
-            tensionSum += g * n.delta / rhoJ;
-            viscositySum += (m_slotVelocity[n.slot] - vI) * Laplacian(n.distance) / (rhoJ * rhoI);
-        }
+    const real* slotDensity = m_slotDensity.data();
+    const real* slotPressure = m_slotPressure.data();
+    const Vec2* slotVelocity = m_slotVelocity.data();
+    const auto addForce = [&](size_t slot, const Vec2& pressureSum, const Vec2& tensionSum,
+                              const Vec2& viscositySum) {
+        Particle& i = *members[slot];
         i.tension = tensionScale * m * tensionSum;
         if (IsMovable(i)) {
             i.force +=
                 m * (-m * pressScale * pressureSum + viscosityScale * m * viscositySum + i.tension);
         }
-    }
+    };
+    workers.ForParts(count, kParticleGrain, [&](size_t, size_t first, size_t last) {
+        size_t slot = first;
+#ifdef __SSE2__
+        const __m128 two = _mm_set1_ps(2);
+        const __m128 vH = _mm_set1_ps(m_h);
+        const __m128 vK = _mm_set1_ps(45 * m_k2);
+        for (; slot + 4 <= last; slot += 4) {
+            Prefetch(members, slot, last);
+            const Lanes lanes(entries, starts, slot);
+            // The scalar arithmetic below, lane by lane.
+            const __m128 rhoI = _mm_loadu_ps(slotDensity + slot);
+            const __m128 pI = _mm_loadu_ps(slotPressure + slot);
+            const __m128 vIx = _mm_setr_ps(slotVelocity[slot].x, slotVelocity[slot + 1].x,
+                                           slotVelocity[slot + 2].x, slotVelocity[slot + 3].x);
+            const __m128 vIy = _mm_setr_ps(slotVelocity[slot].y, slotVelocity[slot + 1].y,
+                                           slotVelocity[slot + 2].y, slotVelocity[slot + 3].y);
+            const __m128 twoRhoI = _mm_mul_ps(two, rhoI);
+            const __m128 pIOverRho = _mm_div_ps(pI, _mm_mul_ps(rhoI, rhoI));
+            __m128 pressureX = _mm_setzero_ps();
+            __m128 pressureY = _mm_setzero_ps();
+            __m128 tensionX = _mm_setzero_ps();
+            __m128 tensionY = _mm_setzero_ps();
+            __m128 viscosityX = _mm_setzero_ps();
+            __m128 viscosityY = _mm_setzero_ps();
+            for (uint32_t k = 0; k < lanes.longest; ++k) {
+                const Particle::Neighbour& n0 = lanes.At(0, k);
+                const Particle::Neighbour& n1 = lanes.At(1, k);
+                const Particle::Neighbour& n2 = lanes.At(2, k);
+                const Particle::Neighbour& n3 = lanes.At(3, k);
+                const __m128 rhoJ = _mm_setr_ps(slotDensity[n0.slot], slotDensity[n1.slot],
+                                                slotDensity[n2.slot], slotDensity[n3.slot]);
+                const __m128 pJ = _mm_setr_ps(slotPressure[n0.slot], slotPressure[n1.slot],
+                                              slotPressure[n2.slot], slotPressure[n3.slot]);
+                const __m128 d = _mm_setr_ps(n0.distance, n1.distance, n2.distance, n3.distance);
+                const __m128 dx = _mm_setr_ps(n0.delta.x, n1.delta.x, n2.delta.x, n3.delta.x);
+                const __m128 dy = _mm_setr_ps(n0.delta.y, n1.delta.y, n2.delta.y, n3.delta.y);
+                const __m128 vJx = _mm_setr_ps(slotVelocity[n0.slot].x, slotVelocity[n1.slot].x,
+                                               slotVelocity[n2.slot].x, slotVelocity[n3.slot].x);
+                const __m128 vJy = _mm_setr_ps(slotVelocity[n0.slot].y, slotVelocity[n1.slot].y,
+                                               slotVelocity[n2.slot].y, slotVelocity[n3.slot].y);
+                const __m128 t =
+                    special ? _mm_div_ps(_mm_add_ps(pI, pJ), _mm_mul_ps(twoRhoI, rhoJ))
+                            : _mm_add_ps(_mm_div_ps(pJ, _mm_mul_ps(rhoJ, rhoJ)), pIOverRho);
+                const __m128 x = _mm_sub_ps(vH, d);
+                const __m128 g = _mm_mul_ps(_mm_mul_ps(vK, x), x);
+                const __m128 laplacian = _mm_mul_ps(vK, x);
+                const __m128 gx = _mm_mul_ps(g, dx);
+                const __m128 gy = _mm_mul_ps(g, dy);
+                const __m128 rhoJI = _mm_mul_ps(rhoJ, rhoI);
+                const __m128 active = lanes.Active(k);
+                pressureX = Select(active, _mm_add_ps(pressureX, _mm_mul_ps(gx, t)), pressureX);
+                pressureY = Select(active, _mm_add_ps(pressureY, _mm_mul_ps(gy, t)), pressureY);
+                tensionX = Select(active, _mm_add_ps(tensionX, _mm_div_ps(gx, rhoJ)), tensionX);
+                tensionY = Select(active, _mm_add_ps(tensionY, _mm_div_ps(gy, rhoJ)), tensionY);
+                viscosityX = Select(
+                    active,
+                    _mm_add_ps(viscosityX,
+                               _mm_div_ps(_mm_mul_ps(_mm_sub_ps(vJx, vIx), laplacian), rhoJI)),
+                    viscosityX);
+                viscosityY = Select(
+                    active,
+                    _mm_add_ps(viscosityY,
+                               _mm_div_ps(_mm_mul_ps(_mm_sub_ps(vJy, vIy), laplacian), rhoJI)),
+                    viscosityY);
+            }
+            alignas(16) float sums[6][4];
+            _mm_store_ps(sums[0], pressureX);
+            _mm_store_ps(sums[1], pressureY);
+            _mm_store_ps(sums[2], tensionX);
+            _mm_store_ps(sums[3], tensionY);
+            _mm_store_ps(sums[4], viscosityX);
+            _mm_store_ps(sums[5], viscosityY);
+            for (size_t lane = 0; lane < 4; ++lane) {
+                addForce(slot + lane, Vec2(sums[0][lane], sums[1][lane]),
+                         Vec2(sums[2][lane], sums[3][lane]), Vec2(sums[4][lane], sums[5][lane]));
+            }
+        }
+#endif
+        for (; slot < last; ++slot) {
+            const real rhoI = slotDensity[slot];
+            const real pI = slotPressure[slot];
+            const Vec2 vI = slotVelocity[slot];
+            Vec2 pressureSum(0, 0);
+            Vec2 tensionSum(0, 0);
+            Vec2 viscositySum(0, 0);
+            // The entry of the particle itself adds nothing: its vector and velocity
+            // difference are 0.
+            for (const Particle::Neighbour* n = entries + starts[slot];
+                 n != entries + starts[slot + 1]; ++n) {
+                const real rhoJ = slotDensity[n->slot];
+                const real pJ = slotPressure[n->slot];
+                const real t = special ? (pI + pJ) / (2 * rhoI * rhoJ)
+                                       : pJ / (rhoJ * rhoJ) + pI / (rhoI * rhoI);
+                const real g = Gradient(n->distance);
+                pressureSum += g * n->delta * t;
+                tensionSum += g * n->delta / rhoJ;
+                viscositySum +=
+                    (slotVelocity[n->slot] - vI) * Laplacian(n->distance) / (rhoJ * rhoI);
+            }
+            addForce(slot, pressureSum, tensionSum, viscositySum);
+        }
+    });
 }
 
 void SPH::Evaporate(real dt) {
@@ -433,26 +1024,68 @@ void SPH::SmoothVelocities() {
     VORRA_PROFILE("SPH vel-smoothing");
     const size_t count = m_particles.size();
     m_slotVelocity.resize(count);
-    m_smoothed.resize(count);
-    for (size_t k = 0; k < count; ++k) {
-        m_slotVelocity[m_hash.SlotOf(k)] = m_particles[k]->velocity;
-    }
-    for (size_t k = 0; k < count; ++k) {
-        real weights = 0;
-        Vec2 sum(0, 0);
-        for (const Particle::Neighbour& n : m_particles[k]->neighbours) {
-            const real w = Density(n.distance);
-            weights += w;
-            sum += w * m_slotVelocity[n.slot];
+    Particle* const* members = m_hash.Members();
+    const Particle::Neighbour* entries = m_entries.data();
+    const uint32_t* starts = m_listStart.data();
+    StepWorkers& workers = StepWorkers::Get();
+    workers.ForParts(count, kParticleGrain, [&](size_t, size_t first, size_t last) {
+        for (size_t slot = first; slot < last; ++slot) {
+            Prefetch(members, slot, last);
+            m_slotVelocity[slot] = members[slot]->velocity;
         }
-        m_smoothed[k] = sum / weights;
-    }
-    // Written only now: a Jacobi pass, the same whatever the particles' order.
-    for (size_t k = 0; k < count; ++k) {
-        if (IsMovable(*m_particles[k])) {
-            m_particles[k]->velocity = m_smoothed[k];
+    });
+    // The means read the copies only: a Jacobi pass, the same whatever the particles' order.
+    const Vec2* slotVelocity = m_slotVelocity.data();
+#ifdef __SSE2__
+    const __m128 hh = _mm_set1_ps(m_h * m_h);
+    const __m128 k315 = _mm_set1_ps(315 * m_k1);
+#endif
+    workers.ForParts(count, kParticleGrain, [&](size_t, size_t first, size_t last) {
+        for (size_t slot = first; slot < last; ++slot) {
+            Prefetch(members, slot, last);
+            // The lists of the last Update, which the particles hold too.
+            const Particle::Neighbour* n = entries + starts[slot];
+            const size_t listed = starts[slot + 1] - starts[slot];
+            real weights = 0;
+            Vec2 sum(0, 0);
+            size_t k = 0;
+#ifdef __SSE2__
+            // As for the densities: the products four entries at a time, the sums one by one.
+            for (; k + 4 <= listed; k += 4) {
+                const __m128 w = DensityLanes(_mm_setr_ps(n[k].distance, n[k + 1].distance,
+                                                          n[k + 2].distance, n[k + 3].distance),
+                                              hh, k315);
+                alignas(16) float ws[4];
+                alignas(16) float xs[4];
+                alignas(16) float ys[4];
+                _mm_store_ps(ws, w);
+                _mm_store_ps(xs, _mm_mul_ps(_mm_setr_ps(slotVelocity[n[k].slot].x,
+                                                        slotVelocity[n[k + 1].slot].x,
+                                                        slotVelocity[n[k + 2].slot].x,
+                                                        slotVelocity[n[k + 3].slot].x),
+                                            w));
+                _mm_store_ps(ys, _mm_mul_ps(_mm_setr_ps(slotVelocity[n[k].slot].y,
+                                                        slotVelocity[n[k + 1].slot].y,
+                                                        slotVelocity[n[k + 2].slot].y,
+                                                        slotVelocity[n[k + 3].slot].y),
+                                            w));
+                for (size_t lane = 0; lane < 4; ++lane) {
+                    weights += ws[lane];
+                    sum += Vec2(xs[lane], ys[lane]);
+                }
+            }
+#endif
+            for (; k < listed; ++k) {
+                const real w = Density(n[k].distance);
+                weights += w;
+                sum += w * slotVelocity[n[k].slot];
+            }
+            Particle& particle = *members[slot];
+            if (IsMovable(particle)) {
+                particle.velocity = sum / weights;
+            }
         }
-    }
+    });
 }
 
 }  // namespace physics

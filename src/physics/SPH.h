@@ -95,12 +95,13 @@ public:
     script::AttribPtr<float> jitter;
     script::AttribPtr<float> bucketSize;
 
-    // A pair of slots within the kernel radius, the difference vector from i to j.
+    // A pair of slots within the kernel radius, and once the caps let it in, its places in
+    // the two lists.
     struct Pair {
         uint32_t i;
         uint32_t j;
-        math::real distance;
-        math::Vec2 delta;
+        uint32_t atI;
+        uint32_t atJ;
     };
 
 private:
@@ -117,7 +118,44 @@ private:
 
     void RegisterAttributes();
     void SetLimits();
+    // The neighbour search of one thread: a range of cells in table order, the pairs found
+    // there, and room for the members of two cells that may meet.
+    struct SearchPart {
+        size_t firstCell = 0;
+        size_t lastCell = 0;
+        // Pairs found beyond this many leave the rest of the search to the calling thread,
+        // from the cell where it stopped, with the pairs found before that cell.
+        size_t budget = 0;
+        size_t stoppedAt = 0;
+        size_t pairsBefore = 0;
+        util::VectorPOD<Pair> pairs;
+        // Per slot: the pairs found, then the place of the next one in its list.
+        util::VectorPOD<uint32_t> counts;
+        // The hits of one slot, and the members of two cells that may meet, those of the
+        // later one with their coordinates.
+        util::VectorPOD<uint32_t> hits;
+        util::VectorPOD<uint32_t> nearA;
+        util::VectorPOD<uint32_t> nearB;
+        util::VectorPOD<math::real> nearBXs;
+        util::VectorPOD<math::real> nearBYs;
+    };
+    // The lists of the particles in m_entries, each particle's own first; the particles
+    // take theirs with their densities, which touch them anyway.
     void FindNeighbors();
+    // Finds the pairs of the cells from firstCell to lastCell in table order, those of
+    // each cell in the order of its half-neighbourhood; see SPH.cpp for the sinks. Returns
+    // lastCell, or the cell where a full sink stopped it.
+    template <class Sink>
+    size_t SearchCells(size_t firstCell, size_t lastCell, math::real h, uint32_t cellCap,
+                       SearchPart& part, Sink& sink) const;
+    // With the pairs of all parts found and counted: the counts of the lists, and each
+    // part's places for its pairs. False where a list would pass listCap.
+    bool PlacePairs(size_t parts, uint32_t listCap);
+    // The caps applied to the pairs of the parts in order, each pair given its places; the
+    // search of a part that gave up goes on here.
+    void ApplyCaps(size_t parts, math::real h, uint32_t cellCap, uint32_t listCap);
+    // The lists from the pairs of the parts, placed as ApplyCaps or PlacePairs left them.
+    void BuildLists(size_t parts, bool ranked);
     // Logs once when the caps begin to act, and again after they stopped.
     void ReportPileUp(size_t leftOut, uint32_t listCap);
     static uint32_t CapOf(double scaled);
@@ -130,18 +168,17 @@ private:
 
     // The particles of the step, plain pointers so that the loops touch no counts.
     util::VectorPOD<Particle*> m_particles;
-    util::VectorPOD<Pair> m_pairs;
+    // One per thread of the search, kept for the capacity of their buffers.
+    std::vector<SearchPart> m_searchParts;
     // All neighbour lists, slot after slot; list s runs from m_listStart[s] to
     // m_listStart[s + 1].
     util::VectorPOD<Particle::Neighbour> m_entries;
     util::VectorPOD<uint32_t> m_listStart;
     util::VectorPOD<uint32_t> m_listCount;
-    util::VectorPOD<uint32_t> m_listEnd;
-    // Per slot of the hash: the state that neighbours read, and the smoothed velocities.
+    // Per slot of the hash: the state that neighbours read.
     util::VectorPOD<math::real> m_slotDensity;
     util::VectorPOD<math::real> m_slotPressure;
     util::VectorPOD<math::Vec2> m_slotVelocity;
-    util::VectorPOD<math::Vec2> m_smoothed;
     ParticleHash m_hash;
     util::Random m_random;
     math::real m_spareNormal = 0;

@@ -161,8 +161,11 @@ void RunSolver(const std::vector<AbstractBody*>& allBodies, ConstraintList& cons
     }
     {
         VORRA_PROFILE("SolveExit");
+        // A contact has nothing to finish: its rows handed everything back already.
         for (Constraint* constraint : constraints) {
-            constraint->SolveExit();
+            if (!constraint->IsContact()) {
+                constraint->SolveExit();
+            }
         }
     }
     {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <map>
 #include <utility>
 #include <vector>
@@ -10,6 +11,7 @@
 #include "physics/Particle.h"
 #include "physics/ParticleHash.h"
 #include "physics/SPH.h"
+#include "physics/StepWorkers.h"
 #include "script/ValueConversions.h"
 #include "util/LexicalCast.h"
 #include "util/Random.h"
@@ -240,6 +242,119 @@ TEST_F(SPHTest, VelocitySmoothingTakesTheKernelMeanOfTheOldVelocities) {
     const Vec2 before = a->velocity;
     fluid.SmoothVelocities();
     EXPECT_EQ(a->velocity, before);
+}
+
+// Cells meet only where their members come within h of each other, and the test of each
+// pair decides in float arithmetic: pairs a few ulps either side of h, across the borders
+// of cells in every direction, are found exactly as the test decides them.
+TEST_F(SPHTest, PairsAtTheEdgeOfTheKernelAreFoundAcrossCells) {
+    const float h = fluid.GetKernelRadius();
+    util::Random random(5);
+    for (int i = 0; i < 60; ++i) {
+        const Vec2 base(random.GetUniform(-0.5f, 0.5f), random.GetUniform(-0.5f, 0.5f));
+        Make(base);
+        for (int turn = 0; turn < 8; ++turn) {
+            const float angle = 0.7853982f * static_cast<float>(turn);
+            const float reach = h * (1 - random.GetUniform(-3e-7f, 3e-7f));
+            Make(base + Vec2(reach * std::cos(angle), reach * std::sin(angle)));
+        }
+    }
+    for (float bucketSize : {2.0f, 1.0f, 3.5f}) {
+        fluid.bucketSize->SetNative(bucketSize);
+        fluid.Update(list, 0.01f);
+        size_t near = 0;
+        for (const ParticlePtr& p : list) {
+            std::vector<const Particle*> listed;
+            for (size_t k = 1; k < p->neighbours.size(); ++k) {
+                listed.push_back(p->neighbours[k].other);
+            }
+            std::vector<const Particle*> expected;
+            for (const ParticlePtr& q : list) {
+                const Vec2 d = q->position - p->position;
+                const float squared = d.x * d.x + d.y * d.y;
+                if (q != p && squared < h * h) {
+                    expected.push_back(q.Get());
+                }
+                near += std::abs(squared - h * h) < 1e-6f * h * h ? 1 : 0;
+            }
+            std::sort(listed.begin(), listed.end());
+            std::sort(expected.begin(), expected.end());
+            EXPECT_EQ(listed, expected) << "bucket size " << bucketSize;
+        }
+        EXPECT_GT(near, 600u);
+    }
+}
+
+// The fluid's loops share their work among threads, the neighbour search in ranges of
+// cells whose pairs are then taken in order: any number of threads gives the same bits.
+// Water, water dense enough for the caps to act, water so dense that a thread leaves the
+// rest of its search to the calling one, and a pile.
+TEST_F(SPHTest, AnyNumberOfThreadsGivesTheSameBits) {
+    physics::StepWorkers& workers = physics::StepWorkers::Get();
+    const unsigned threadsBefore = workers.GetThreadCount();
+    struct Water {
+        float influence;
+        float spacing;  // in kernel radii
+        int side;
+        Vec2 at;
+        int pile;
+    };
+    // The densest away from the axes, where cells are twice as wide and it would be a pile.
+    for (const Water& water : {Water{2, 0.8f, 40, {0, 0}, 0}, Water{0.5f, 0.3f, 40, {0, 0}, 0},
+                               Water{2, 0.15f, 45, {1, 1}, 0}, Water{2, 0.8f, 30, {0, 0}, 600}}) {
+        const auto run = [&](unsigned threads) {
+            ResetFluid();
+            fluid.influence->SetNative(water.influence);
+            workers.SetThreadCount(threads);
+            const bool split = workers.SplitEverything(true);
+            const float step = water.spacing * fluid.GetKernelRadius();
+            ParticleList particles;
+            for (int y = 0; y < water.side; ++y) {
+                for (int x = 0; x < water.side; ++x) {
+                    const float shift = 0.001f * static_cast<float>(y % 3);
+                    particles.emplace_back(new Particle(
+                        water.at + Vec2(step * static_cast<float>(x - water.side / 2) + shift,
+                                        step * static_cast<float>(y - water.side / 3)),
+                        {0, 0}));
+                }
+            }
+            for (int i = 0; i < water.pile; ++i) {
+                particles.emplace_back(new Particle({0.3f, 0.2f}, {0, 0}));
+            }
+            for (int i = 0; i < 5; ++i) {
+                for (const ParticlePtr& p : particles) {
+                    p->force = Vec2(0, 0);
+                }
+                fluid.Update(particles, 0.01f);
+                for (const ParticlePtr& p : particles) {
+                    p->velocity += 0.01f * p->force / p->GetMass();
+                    p->position += 0.01f * p->velocity;
+                }
+                fluid.SmoothVelocities();
+            }
+            std::vector<float> state;
+            for (const ParticlePtr& p : particles) {
+                state.insert(state.end(), {p->position.x, p->position.y, p->velocity.x,
+                                           p->velocity.y, p->force.x, p->force.y, p->density,
+                                           p->pressure, p->tension.x, p->tension.y});
+                for (const Particle::Neighbour& n : p->neighbours) {
+                    state.insert(state.end(),
+                                 {static_cast<float>(n.slot), n.distance, n.delta.x, n.delta.y});
+                }
+            }
+            workers.SplitEverything(split);
+            return state;
+        };
+        const std::vector<float> one = run(1);
+        for (unsigned threads : {2u, 3u}) {
+            const std::vector<float> many = run(threads);
+            ASSERT_EQ(one.size(), many.size());
+            EXPECT_EQ(std::memcmp(one.data(), many.data(), one.size() * sizeof(float)), 0)
+                << "spacing " << water.spacing << ", pile " << water.pile << ", threads "
+                << threads;
+        }
+    }
+    workers.SetThreadCount(threadsBefore);
 }
 
 }  // namespace
