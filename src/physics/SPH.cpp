@@ -120,6 +120,20 @@ struct Bounds {
 // take is lost, and those kept stay in their order. NaN coordinates are never within
 // reach, as they never pass the test either.
 //
+#ifdef __SSE2__
+// A box and the reach, each spread over the four lanes, for the tests of the cells' members.
+struct BoxLanes {
+    BoxLanes(const Bounds& box, real h)
+        : lowX(_mm_set1_ps(box.lowX)),
+          lowY(_mm_set1_ps(box.lowY)),
+          highX(_mm_set1_ps(box.highX)),
+          highY(_mm_set1_ps(box.highY)),
+          reach(_mm_set1_ps(h)),
+          negativeReach(_mm_set1_ps(-h)) {}
+    __m128 lowX, lowY, highX, highY, reach, negativeReach;
+};
+#endif
+
 // The slots from first to last of A within reach of B's box, into near, which has room for
 // three more; their own box goes to bounds. Coordinates are readable four past last.
 uint32_t NearBox(const real* xs, const real* ys, uint32_t first, uint32_t last, const Bounds& box,
@@ -128,12 +142,7 @@ uint32_t NearBox(const real* xs, const real* ys, uint32_t first, uint32_t last, 
 #ifdef __SSE2__
     // Four at a time and without branches: a member's place is written whether it is kept
     // or not, and the next one's overwrites it if not.
-    const __m128 boxLowX = _mm_set1_ps(box.lowX);
-    const __m128 boxLowY = _mm_set1_ps(box.lowY);
-    const __m128 boxHighX = _mm_set1_ps(box.highX);
-    const __m128 boxHighY = _mm_set1_ps(box.highY);
-    const __m128 reach = _mm_set1_ps(h);
-    const __m128 negativeReach = _mm_set1_ps(-h);
+    const BoxLanes b(box, h);
     const __m128 infinity = _mm_set1_ps(std::numeric_limits<real>::infinity());
     const __m128 negativeInfinity = _mm_set1_ps(-std::numeric_limits<real>::infinity());
     __m128 lowX = infinity;
@@ -144,10 +153,10 @@ uint32_t NearBox(const real* xs, const real* ys, uint32_t first, uint32_t last, 
         const __m128 x = _mm_loadu_ps(xs + i);
         const __m128 y = _mm_loadu_ps(ys + i);
         __m128 within =
-            _mm_and_ps(_mm_and_ps(_mm_cmplt_ps(_mm_sub_ps(boxLowX, x), reach),
-                                  _mm_cmpgt_ps(_mm_sub_ps(boxHighX, x), negativeReach)),
-                       _mm_and_ps(_mm_cmplt_ps(_mm_sub_ps(boxLowY, y), reach),
-                                  _mm_cmpgt_ps(_mm_sub_ps(boxHighY, y), negativeReach)));
+            _mm_and_ps(_mm_and_ps(_mm_cmplt_ps(_mm_sub_ps(b.lowX, x), b.reach),
+                                  _mm_cmpgt_ps(_mm_sub_ps(b.highX, x), b.negativeReach)),
+                       _mm_and_ps(_mm_cmplt_ps(_mm_sub_ps(b.lowY, y), b.reach),
+                                  _mm_cmpgt_ps(_mm_sub_ps(b.highY, y), b.negativeReach)));
         if (last - i < 4) {
             within = _mm_and_ps(within, FirstLanes(last - i));
         }
@@ -190,19 +199,15 @@ uint32_t NearMembers(const real* xs, const real* ys, uint32_t first, uint32_t la
                      const Bounds& box, real h, uint32_t* near, real* nearXs, real* nearYs) {
     uint32_t count = 0;
 #ifdef __SSE2__
-    const __m128 boxLowX = _mm_set1_ps(box.lowX);
-    const __m128 boxLowY = _mm_set1_ps(box.lowY);
-    const __m128 boxHighX = _mm_set1_ps(box.highX);
-    const __m128 boxHighY = _mm_set1_ps(box.highY);
-    const __m128 reach = _mm_set1_ps(h);
-    const __m128 negativeReach = _mm_set1_ps(-h);
+    const BoxLanes b(box, h);
     for (uint32_t j = first; j < last; j += 4) {
         const __m128 x = _mm_loadu_ps(xs + j);
         const __m128 y = _mm_loadu_ps(ys + j);
-        __m128 within = _mm_and_ps(_mm_and_ps(_mm_cmplt_ps(_mm_sub_ps(x, boxHighX), reach),
-                                              _mm_cmpgt_ps(_mm_sub_ps(x, boxLowX), negativeReach)),
-                                   _mm_and_ps(_mm_cmplt_ps(_mm_sub_ps(y, boxHighY), reach),
-                                              _mm_cmpgt_ps(_mm_sub_ps(y, boxLowY), negativeReach)));
+        __m128 within =
+            _mm_and_ps(_mm_and_ps(_mm_cmplt_ps(_mm_sub_ps(x, b.highX), b.reach),
+                                  _mm_cmpgt_ps(_mm_sub_ps(x, b.lowX), b.negativeReach)),
+                       _mm_and_ps(_mm_cmplt_ps(_mm_sub_ps(y, b.highY), b.reach),
+                                  _mm_cmpgt_ps(_mm_sub_ps(y, b.lowY), b.negativeReach)));
         if (last - j < 4) {
             within = _mm_and_ps(within, FirstLanes(last - j));
         }

@@ -15,9 +15,9 @@
 #include "physics/MaterialDefaults.h"
 #include "physics/Particle.h"
 #include "physics/SPH.h"
-#include "physics/StepWorkers.h"
 #include "physics/Shapes.h"
 #include "physics/Solver.h"
+#include "physics/StepWorkers.h"
 #include "util/Assert.h"
 #include "util/Clock.h"
 #include "util/LexicalCast.h"
@@ -212,6 +212,9 @@ bool Simulation::RemoveBody(const BodyPtr& body) {
 }
 
 namespace {
+
+// Bodies per part of the loops that move each body on its own.
+constexpr size_t kBodyGrain = 2048;
 
 // Joints and hinges come and go alike; only what they do on the way in and out differs.
 template <class Set, class Ptr, class Attach>
@@ -562,7 +565,7 @@ void Simulation::CalcParticleForces(const Vec2& g, float invDt, const AirSetting
     const float area = math::Pi * r * r;
     const Vec2 weight = (area * fluid.density->Get()) * g;
     const Vec2 buoyancy = -(air.density * area) * g;
-    for (const ParticlePtr& particlePtr : m_particles) {
+    StepWorkers::Get().ForEach(m_particles, kBodyGrain, [&](const ParticlePtr& particlePtr) {
         Particle& particle = *particlePtr;
         if (!particle.IsImmovable()) {
             particle.force += weight;
@@ -580,7 +583,7 @@ void Simulation::CalcParticleForces(const Vec2& g, float invDt, const AirSetting
         if (air.density != 0 && !particle.IsStatic()) {
             particle.force += buoyancy;
         }
-    }
+    });
 }
 
 void Simulation::CalcContacts() {
@@ -608,7 +611,7 @@ void Simulation::RunSolver() {
 
 void Simulation::IntegrateVelocity(float dt) {
     VORRA_PROFILE("IntegrateVelocity");
-    for (AbstractBody* body : m_allBodies) {
+    StepWorkers::Get().ForEach(m_allBodies, kBodyGrain, [dt](AbstractBody* body) {
         if (body->IsImmovable()) {
             body->velocity = Vec2(0, 0);
             body->angularVelocity = 0;
@@ -616,19 +619,20 @@ void Simulation::IntegrateVelocity(float dt) {
             body->velocity += dt * body->force * body->GetMassInv();
             body->angularVelocity += dt * body->torque * body->GetInertiaInv();
         }
-    }
+    });
 }
 
 void Simulation::IntegratePosition(float dt) {
     VORRA_PROFILE("IntegratePosition");
-    for (AbstractBody* body : m_allBodies) {
+    // Each body places only its own geoms.
+    StepWorkers::Get().ForEach(m_allBodies, kBodyGrain, [dt](AbstractBody* body) {
         if (body->IsImmovable()) {
-            continue;
+            return;
         }
         body->position += dt * body->velocity;
         body->angle = WrappedAngle(body->angle + dt * body->angularVelocity);
         body->UpdateTransforms();
-    }
+    });
 }
 
 }  // namespace physics

@@ -9,12 +9,16 @@
 #include "physics/Constraint.h"
 #include "physics/Contact.h"
 #include "physics/RowBatches.h"
+#include "physics/StepWorkers.h"
 #include "util/Assert.h"
 #include "util/Profiler.h"
 
 namespace physics {
 
 namespace {
+
+// Bodies per part of the loops over every body.
+constexpr size_t kBodyGrain = 2048;
 
 // Priorities as sort keys: a NaN, from a blown-up row, sorts last instead of breaking the
 // ordering that sort and map rely on.
@@ -148,10 +152,10 @@ void RunSolver(const std::vector<AbstractBody*>& allBodies, ConstraintList& cons
     SolverParameters::Current().Rebuild(settings);
     {
         VORRA_PROFILE("Init bodies");
-        for (AbstractBody* body : allBodies) {
+        StepWorkers::Get().ForEach(allBodies, kBodyGrain, [](AbstractBody* body) {
             body->velocityChange = {0, 0};
             body->angularChange = 0;
-        }
+        });
     }
     if (settings.prioritizedSolver) {
         PrepareConstraints(constraints, [](size_t) {});
@@ -170,12 +174,12 @@ void RunSolver(const std::vector<AbstractBody*>& allBodies, ConstraintList& cons
     }
     {
         VORRA_PROFILE("Applying velchanges");
-        for (AbstractBody* body : allBodies) {
+        StepWorkers::Get().ForEach(allBodies, kBodyGrain, [](AbstractBody* body) {
             if (!body->IsImmovable()) {
                 body->velocity += body->velocityChange;
                 body->angularVelocity += body->angularChange;
             }
-        }
+        });
     }
 }
 

@@ -79,6 +79,16 @@ public:
             &context, parts);
     }
 
+    // Calls visit(list[i]) for every item, in parts.
+    template <class List, class Visit>
+    void ForEach(List& list, size_t grain, Visit visit) {
+        ForParts(list.size(), grain, [&](size_t, size_t first, size_t last) {
+            for (size_t i = first; i < last; ++i) {
+                visit(list[i]);
+            }
+        });
+    }
+
 private:
     using Job = void (*)(void* data, size_t part);
 
