@@ -290,7 +290,28 @@ void RowBatches::SweepPasses(size_t first, size_t last, int passes, SolverBody* 
 
 void RowBatches::SweepPart(size_t part, size_t parts, size_t firstLevel, size_t lastLevel,
                            int passes, SolverBody* bodies, RowChange* lastChanges) {
-    uint32_t done = 0;
+    // A body that does not move reads as zeros and is written back unchanged; the rows of
+    // a level may share one, so each thread's rows take a zero slot of the thread's own
+    // instead, and no slot is written by two threads. The bits are the same either way.
+    const uint32_t zeros = m_dummyBody + 1 + static_cast<uint32_t>(part);
+    for (size_t level = firstLevel; level < lastLevel; ++level) {
+        size_t from = 0;
+        size_t to = 0;
+        StepWorkers::PartRange(m_levelBatch[level + 1] - m_levelBatch[level], parts, part, from,
+                               to);
+        for (size_t b = m_levelBatch[level] + from; b < m_levelBatch[level] + to; ++b) {
+            for (uint32_t* slots : {m_batches[b].body0, m_batches[b].body1}) {
+                for (int lane = 0; lane < kLanes; ++lane) {
+                    if (!Moves(bodies[slots[lane]])) {
+                        slots[lane] = zeros;
+                    }
+                }
+            }
+        }
+    }
+    // The levels' count starts after that.
+    uint32_t done = 1;
+    m_progress[part].levels.store(done, std::memory_order_release);
     for (int pass = 0; pass < passes; ++pass) {
         RowChange* changes = pass + 1 == passes ? lastChanges : nullptr;
         for (size_t level = firstLevel; level < lastLevel; ++level) {

@@ -22,7 +22,7 @@ public:
     static constexpr uint32_t kNoRow = UINT32_MAX;
 
     // Starts over for a sweep whose padding rows use the body slot dummyBody, which must
-    // hold zeros and be used by no row.
+    // hold zeros and be used by no row, as must the StepWorkers::kMaxThreads slots after it.
     void Clear(uint32_t dummyBody);
     // Schedules the rows order[0], ..., order[count - 1], in that order, after everything
     // scheduled before; the batch count afterwards marks the end of this run.

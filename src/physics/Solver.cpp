@@ -253,12 +253,14 @@ void GaussSeidelSolver(ConstraintList& constraints, const SolverSettings& settin
     segments.push_back(Segment{order.size(), 0, nullptr});
 
     // The rows of each run are swept a batch at a time, the padding of the batches working
-    // on a body slot of its own.
+    // on a body slot of its own, and each thread of a shared sweep on one more.
     RowBatches& batches = buffers.batches;
     {
         VORRA_PROFILE("Batching");
         const uint32_t dummyBody = static_cast<uint32_t>(buffers.bodies.size());
-        buffers.bodies.push_back(SolverBody{{0, 0}, 0, 0, 0});
+        for (size_t slot = 0; slot <= StepWorkers::kMaxThreads; ++slot) {
+            buffers.bodies.push_back(SolverBody{{0, 0}, 0, 0, 0});
+        }
         batches.Clear(dummyBody);
         size_t row = 0;
         for (Segment& segment : segments) {
