@@ -456,6 +456,30 @@ real SPH::Laplacian(real d) const {
     return 45 * m_k2 * (m_h - d);
 }
 
+template <class Visit>
+void SPH::ForEachWeight(const Particle::Neighbour* n, size_t listed, Visit visit) const {
+    size_t k = 0;
+#ifdef __SSE2__
+    // The kernel four entries at a time, the visits still one by one and in order, so the
+    // sums are the scalar ones. (Particles side by side, a lane each, as for the forces,
+    // cost more here than they save.)
+    const __m128 hh = _mm_set1_ps(m_h * m_h);
+    const __m128 k315 = _mm_set1_ps(315 * m_k1);
+    for (; k + 4 <= listed; k += 4) {
+        alignas(16) float w[4];
+        _mm_store_ps(w, DensityLanes(_mm_setr_ps(n[k].distance, n[k + 1].distance,
+                                                 n[k + 2].distance, n[k + 3].distance),
+                                     hh, k315));
+        for (size_t lane = 0; lane < 4; ++lane) {
+            visit(n[k + lane], w[lane]);
+        }
+    }
+#endif
+    for (; k < listed; ++k) {
+        visit(n[k], Density(n[k].distance));
+    }
+}
+
 void SPH::Update(const ParticleList& particles, real dt) {
     VORRA_PROFILE("SPH::Update");
     m_particles.clear();
@@ -801,34 +825,12 @@ void SPH::CalcSPHForces() {
         m_slotPressure[slot] = particle.pressure;
         m_slotVelocity[slot] = particle.velocity;
     };
-#ifdef __SSE2__
-    const __m128 hh = _mm_set1_ps(m_h * m_h);
-    const __m128 k315 = _mm_set1_ps(315 * m_k1);
-#endif
     workers.ForParts(count, kParticleGrain, [&](size_t, size_t first, size_t last) {
         for (size_t slot = first; slot < last; ++slot) {
             Prefetch(members, slot, last);
-            const Particle::Neighbour* n = entries + starts[slot];
-            const size_t listed = starts[slot + 1] - starts[slot];
             real sum = 0;
-            size_t k = 0;
-#ifdef __SSE2__
-            // The kernel four entries at a time, the sum still one by one. (Particles side
-            // by side, a lane each, as for the forces, cost more here than they save.)
-            for (; k + 4 <= listed; k += 4) {
-                alignas(16) float w[4];
-                _mm_store_ps(w, DensityLanes(_mm_setr_ps(n[k].distance, n[k + 1].distance,
-                                                         n[k + 2].distance, n[k + 3].distance),
-                                             hh, k315));
-                sum += w[0];
-                sum += w[1];
-                sum += w[2];
-                sum += w[3];
-            }
-#endif
-            for (; k < listed; ++k) {
-                sum += Density(n[k].distance);
-            }
+            ForEachWeight(entries + starts[slot], starts[slot + 1] - starts[slot],
+                          [&](const Particle::Neighbour&, real w) { sum += w; });
             setDensity(slot, sum);
         }
     });
@@ -1041,50 +1043,17 @@ void SPH::SmoothVelocities() {
     });
     // The means read the copies only: a Jacobi pass, the same whatever the particles' order.
     const Vec2* slotVelocity = m_slotVelocity.data();
-#ifdef __SSE2__
-    const __m128 hh = _mm_set1_ps(m_h * m_h);
-    const __m128 k315 = _mm_set1_ps(315 * m_k1);
-#endif
     workers.ForParts(count, kParticleGrain, [&](size_t, size_t first, size_t last) {
         for (size_t slot = first; slot < last; ++slot) {
             Prefetch(members, slot, last);
             // The lists of the last Update, which the particles hold too.
-            const Particle::Neighbour* n = entries + starts[slot];
-            const size_t listed = starts[slot + 1] - starts[slot];
             real weights = 0;
             Vec2 sum(0, 0);
-            size_t k = 0;
-#ifdef __SSE2__
-            // As for the densities: the products four entries at a time, the sums one by one.
-            for (; k + 4 <= listed; k += 4) {
-                const __m128 w = DensityLanes(_mm_setr_ps(n[k].distance, n[k + 1].distance,
-                                                          n[k + 2].distance, n[k + 3].distance),
-                                              hh, k315);
-                alignas(16) float ws[4];
-                alignas(16) float xs[4];
-                alignas(16) float ys[4];
-                _mm_store_ps(ws, w);
-                _mm_store_ps(xs, _mm_mul_ps(_mm_setr_ps(slotVelocity[n[k].slot].x,
-                                                        slotVelocity[n[k + 1].slot].x,
-                                                        slotVelocity[n[k + 2].slot].x,
-                                                        slotVelocity[n[k + 3].slot].x),
-                                            w));
-                _mm_store_ps(ys, _mm_mul_ps(_mm_setr_ps(slotVelocity[n[k].slot].y,
-                                                        slotVelocity[n[k + 1].slot].y,
-                                                        slotVelocity[n[k + 2].slot].y,
-                                                        slotVelocity[n[k + 3].slot].y),
-                                            w));
-                for (size_t lane = 0; lane < 4; ++lane) {
-                    weights += ws[lane];
-                    sum += Vec2(xs[lane], ys[lane]);
-                }
-            }
-#endif
-            for (; k < listed; ++k) {
-                const real w = Density(n[k].distance);
-                weights += w;
-                sum += w * slotVelocity[n[k].slot];
-            }
+            ForEachWeight(entries + starts[slot], starts[slot + 1] - starts[slot],
+                          [&](const Particle::Neighbour& n, real w) {
+                              weights += w;
+                              sum += w * slotVelocity[n.slot];
+                          });
             Particle& particle = *members[slot];
             if (IsMovable(particle)) {
                 particle.velocity = sum / weights;

@@ -105,6 +105,9 @@ public:
     };
 
 private:
+    // Calls visit(entry, Density(entry.distance)) for each entry of a list, in order.
+    template <class Visit>
+    void ForEachWeight(const Particle::Neighbour* list, size_t count, Visit visit) const;
     // The limits of radius and influence, which depend on each other.
     class KernelLimits : public script::ValueLimits<float> {
     public:
