@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <functional>
@@ -488,6 +489,39 @@ std::string Split(const Scene& scene, const std::vector<BodyPtr>& bodies) {
     return line;
 }
 
+// FNV-1a over the bits of every body's and particle's motion state at the end of a run:
+// equal digests mean the same results, bit for bit, whatever the build or thread count.
+class StateDigest {
+public:
+    void Add(const physics::AbstractBody& body) {
+        const float values[] = {body.position.x, body.position.y, body.velocity.x,
+                                body.velocity.y, body.angle,      body.angularVelocity};
+        const auto* bytes = reinterpret_cast<const unsigned char*>(values);
+        for (size_t i = 0; i < sizeof values; ++i) {
+            m_hash = (m_hash ^ bytes[i]) * 0x100000001B3ull;
+        }
+    }
+    std::string Text() const {
+        char text[17];
+        std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(m_hash));
+        return text;
+    }
+
+private:
+    uint64_t m_hash = 0xCBF29CE484222325ull;
+};
+
+std::string StateField(const std::vector<BodyPtr>& bodies) {
+    StateDigest digest;
+    for (const BodyPtr& body : bodies) {
+        digest.Add(*body);
+    }
+    for (const physics::ParticlePtr& particle : Simulation::Get().GetParticles()) {
+        digest.Add(*particle);
+    }
+    return " state=" + digest.Text();
+}
+
 void RunScene(const Scene& scene) {
     Simulation& sim = Simulation::Get();
     sim.Clear();
@@ -515,6 +549,7 @@ void RunScene(const Scene& scene) {
     line += Field("ms_per_step", msPerStep) + Field("sweep_ms", sweepMs);
     line += Split(scene, bodies);
     line += scene.check(bodies);
+    line += StateField(bodies);
     std::printf("%s\n", line.c_str());
     std::fflush(stdout);
     sim.Clear();

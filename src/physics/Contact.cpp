@@ -51,11 +51,11 @@ void Delta(const math::Vec2& dv, const math::Vec2& n, const math::Vec2& t, math:
 Contact::Contact(Geom* a, Geom* b, size_t index, const math::Vec2& p, const math::Vec2& n, float d)
     : Constraint(true),
       m_creationTime(SolverParameters::Current().simulatedTime),
+      m_index(index),
       m_p(p),
       m_n(n),
       m_d(d),
-      m_t(-n.y, n.x),
-      m_index(index) {
+      m_t(-n.y, n.x) {
     using math::IsFinite;
     CODE_ASSERT(IsFinite(p));
     CODE_ASSERT(IsFinite(n));
@@ -261,9 +261,9 @@ void Contact::ToRow(ContactRow& row, uint32_t body0, uint32_t body1) const {
     row.friction = m_friction;
 }
 
-void Contact::FromRow(const ContactRow& row, const RowChange* change) {
-    m_accN = row.accN;
-    m_accT = row.accT;
+void Contact::TakeResults(math::real accN, math::real accT, const RowChange* change) {
+    m_accN = accN;
+    m_accT = accT;
     if (change) {
         m_deltaN = change->deltaN;
         m_deltaT = change->deltaT;

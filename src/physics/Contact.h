@@ -34,10 +34,10 @@ public:
     void SolveExit() override;
 
     // The solver state as a packed row, after SolveInit, with the bodies' places in the
-    // SolverBody array; and back, taking the accumulated impulses, and the last changes and
-    // the priority if the sweep computed any.
+    // SolverBody array; and back, the accumulated impulses, and the last changes and the
+    // priority if the sweep computed any.
     void ToRow(ContactRow& row, uint32_t body0, uint32_t body1) const;
-    void FromRow(const ContactRow& row, const RowChange* change);
+    void TakeResults(math::real accN, math::real accT, const RowChange* change);
     // CalcDelta and ApplyDelta of each packed row in turn; with changes given, each row's
     // changes are recorded there.
     static void Sweep(ContactRow* first, ContactRow* last, SolverBody* bodies, RowChange* changes);
@@ -85,14 +85,25 @@ public:
     }
 
 private:
+    // What the cache reads and writes of each contact, side by side, so that a match
+    // touches as few cache lines as possible.
     double m_creationTime;
+    size_t m_lowerID;
+    size_t m_higherID;
+    size_t m_index;
+    size_t m_hash;
+    math::real m_accN = 0;
+    math::real m_accT = 0;
+    math::real m_deltaN = 0;  // with the impulses, as the solve hands them back together
+    math::real m_deltaT = 0;
+    bool m_new = true;
+
     math::Vec2 m_p;
     math::Vec2 m_n;
     math::real m_d;
     math::real m_friction;
     math::real m_restitution;
     math::Vec2 m_t;
-    bool m_new = true;
     math::Vec2 m_relativeVelocity{0, 0};
     math::real m_massN;
     math::real m_massT;
@@ -102,14 +113,6 @@ private:
     math::real m_effMassT;
     math::real m_targetN = 0;
     math::real m_targetT = 0;
-    math::real m_accN = 0;
-    math::real m_accT = 0;
-    math::real m_deltaN = 0;
-    math::real m_deltaT = 0;
-    size_t m_lowerID;
-    size_t m_higherID;
-    size_t m_index;
-    size_t m_hash;
 };
 
 }  // namespace physics

@@ -39,8 +39,7 @@ uint32_t ContactCache::FindSlot(const Key& key) const {
     }
 }
 
-const Contact* ContactCache::Lookup(const Contact& contact, size_t i, ptrdiff_t& shift) const {
-    const Key key = KeyOf(contact);
+const Contact* ContactCache::Lookup(const Key& key, size_t i, ptrdiff_t& shift) const {
     // Contacts come in nearly the same order every step, so the cached contact at the last
     // match's offset is tried before the table; a contact lost or gained since moves the
     // rest by one. With repeated keys a position may hold a contact that the table would
@@ -67,11 +66,16 @@ size_t ContactCache::Match(ContactList& contacts) {
     {
         VORRA_PROFILE("Matching cache");
         m_matched.resize(count);
+        // The keys are kept for the table of the next step, which then need not read the
+        // contacts again.
+        m_newKeys.resize(count);
         // Each contact reads only the old ones and writes only itself.
         StepWorkers::Get().ForParts(count, kMatchGrain, [&](size_t, size_t first, size_t last) {
             ptrdiff_t shift = 0;
             for (size_t i = first; i < last; ++i) {
-                const Contact* old = Lookup(contacts[i], i, shift);
+                const Key key = KeyOf(contacts[i]);
+                m_newKeys[i] = key;
+                const Contact* old = Lookup(key, i, shift);
                 if (old) {
                     contacts[i].CopyCached(*old);
                 }
@@ -95,6 +99,7 @@ size_t ContactCache::Match(ContactList& contacts) {
         // Swapped, not copied: the list handed in takes the old contacts' storage.
         m_held.swap(contacts);
         contacts.clear();
+        m_keys.swap(m_newKeys);
         Rebuild();
     }
     return m_matchCount;
@@ -102,7 +107,6 @@ size_t ContactCache::Match(ContactList& contacts) {
 
 void ContactCache::Rebuild() {
     const size_t count = m_held.size();
-    m_keys.resize(count);
     // At most half full, so that probes stay short.
     size_t size = 16;
     while (size < 2 * count) {
@@ -114,8 +118,7 @@ void ContactCache::Rebuild() {
     m_keysUnique = true;
     size_t distinct = count;
     for (size_t i = 0; i < count; ++i) {
-        const Key key = KeyOf(m_held[i]);
-        m_keys[i] = key;
+        const Key key = m_keys[i];
         size_t cell = key.hash & m_tableMask;
         while (m_table[cell] != kEmpty && !(m_keys[m_table[cell]] == key)) {
             cell = (cell + 1) & m_tableMask;
@@ -132,6 +135,10 @@ void ContactCache::Rebuild() {
 
 void ContactCache::Restore(const ContactList& contacts) {
     m_held = contacts;
+    m_keys.resize(m_held.size());
+    for (size_t i = 0; i < m_held.size(); ++i) {
+        m_keys[i] = KeyOf(m_held[i]);
+    }
     // The bucket count as Match would have grown it for this many keys.
     while (m_held.size() >= m_bucketCount) {
         m_bucketCount = util::HashSet<size_t>::NextBucketCount(m_bucketCount);

@@ -64,14 +64,16 @@ private:
     static Key KeyOf(const Contact& contact);
     // The place in m_held of the cached contact of the key, or kEmpty.
     uint32_t FindSlot(const Key& key) const;
-    // The old contact that contact i of the step takes over, or null; shift is the offset
-    // between new and old places at the last match, tried first.
-    const Contact* Lookup(const Contact& contact, size_t i, ptrdiff_t& shift) const;
+    // The old contact that contact i of the step, of that key, takes over, or null; shift is the
+    // offset between new and old places at the last match, tried first.
+    const Contact* Lookup(const Key& key, size_t i, ptrdiff_t& shift) const;
+    // The table of m_held, whose keys m_keys holds.
     void Rebuild();
 
     size_t m_bucketCount = 3;
     ContactList m_held;
     util::VectorPOD<Key> m_keys;        // of m_held, alike indexed
+    util::VectorPOD<Key> m_newKeys;     // of the contacts of a Match
     util::VectorPOD<uint32_t> m_table;  // places in m_held, kEmpty for a free cell
     size_t m_tableMask = 0;
     // No two held contacts share a key, so that the one at a list position is the one a

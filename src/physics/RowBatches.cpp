@@ -139,21 +139,14 @@ void RowBatches::Put(RowBatch& batch, int lane, const ContactRow& row, const Sol
 
 void RowBatches::Scatter(ContactRow* rows, const RowChange* laneChanges,
                          RowChange* rowChanges) const {
-    for (size_t b = 0; b < m_batches.size(); ++b) {
-        const RowBatch& batch = m_batches[b];
-        for (int lane = 0; lane < kLanes; ++lane) {
-            const size_t slot = b * kLanes + static_cast<size_t>(lane);
-            const uint32_t r = m_laneRows[slot];
-            if (r == kNoRow) {
-                continue;
-            }
-            rows[r].accN = batch.accN[lane];
-            rows[r].accT = batch.accT[lane];
-            if (laneChanges) {
-                rowChanges[r] = laneChanges[slot];
-            }
-        }
-    }
+    ForEachResult(laneChanges,
+                  [&](uint32_t row, math::real accN, math::real accT, const RowChange* change) {
+                      rows[row].accN = accN;
+                      rows[row].accT = accT;
+                      if (change) {
+                          rowChanges[row] = *change;
+                      }
+                  });
 }
 
 namespace {

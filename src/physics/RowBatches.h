@@ -43,6 +43,22 @@ public:
     // Hands each row its accumulated impulses, and its last changes if recorded; rows and
     // rowChanges are indexed alike.
     void Scatter(ContactRow* rows, const RowChange* laneChanges, RowChange* rowChanges) const;
+    // Hands each row's results to take(row, accN, accT, change) in batch order, change being
+    // null unless laneChanges is given.
+    template <class Take>
+    void ForEachResult(const RowChange* laneChanges, Take take) const {
+        for (size_t b = 0; b < m_batches.size(); ++b) {
+            const RowBatch& batch = m_batches[b];
+            for (int lane = 0; lane < RowBatch::kLanes; ++lane) {
+                const size_t slot = b * RowBatch::kLanes + static_cast<size_t>(lane);
+                const uint32_t row = m_laneRows[slot];
+                if (row != kNoRow) {
+                    take(row, batch.accN[lane], batch.accT[lane],
+                         laneChanges ? &laneChanges[slot] : nullptr);
+                }
+            }
+        }
+    }
 
     // Whether the sweep may use eight-lane vectors where the processor has them (it may by
     // default); the result is the same either way. Returns the setting before.

@@ -72,6 +72,13 @@ void SortDescending(util::VectorPOD<Keyed>& keyed, util::VectorPOD<Keyed>& scrat
     }
 }
 
+// What the sweep hands back of a contact row.
+struct RowResult {
+    math::real accN;
+    math::real accT;
+    RowChange change;
+};
+
 // Kept from solve to solve, so that a step allocates only when its lists outgrow them.
 struct SweepBuffers {
     util::VectorPOD<Keyed> keyed;
@@ -79,12 +86,15 @@ struct SweepBuffers {
     util::VectorPOD<ContactRow> listRows;  // in list order
     util::VectorPOD<uint32_t> order;       // contact rows in sweep order
     util::VectorPOD<uint8_t> isContact;    // in list order
-    util::VectorPOD<RowChange> changes;
     util::VectorPOD<RowChange> laneChanges;
+    util::VectorPOD<RowResult> results;  // in list order
     RowBatches batches;
     util::VectorPOD<Segment> segments;
     util::VectorPOD<SolverBody> bodies;
     util::VectorPOD<AbstractBody*> bodyOwners;
+    // Bodies whose own records are ahead of the array (flag by place, and a list of them).
+    util::VectorPOD<uint8_t> recordAhead;
+    util::VectorPOD<AbstractBody*> aheadBodies;
     uint32_t stamp = 0;
 };
 
@@ -128,6 +138,23 @@ void CopyFromBody(SweepBuffers& buffers, const AbstractBody* body) {
     solverBody.angularChange = body->angularChange;
 }
 
+// Constraints of other kinds work on the bodies' own records. While no rows are swept between
+// them, a record stays ahead of the array, and is brought back once, before the next rows.
+void BringToRecord(SweepBuffers& buffers, AbstractBody* body) {
+    if (body && !buffers.recordAhead[body->solveIndex]) {
+        CopyToBody(buffers, body);
+        buffers.recordAhead[body->solveIndex] = 1;
+        buffers.aheadBodies.push_back(body);
+    }
+}
+void BringBackToArray(SweepBuffers& buffers) {
+    for (AbstractBody* body : buffers.aheadBodies) {
+        CopyFromBody(buffers, body);
+        buffers.recordAhead[body->solveIndex] = 0;
+    }
+    buffers.aheadBodies.clear();
+}
+
 // Prepares each constraint in list order, dropping those whose SolveInit says no by moving
 // the last one into the gap; onKept(i) follows each one kept at place i.
 template <class OnKept>
@@ -160,17 +187,12 @@ void RunSolver(const std::vector<AbstractBody*>& allBodies, ConstraintList& cons
     if (settings.prioritizedSolver) {
         PrepareConstraints(constraints, [](size_t) {});
         PrioritizedSolver(allBodies, constraints, settings);
+        VORRA_PROFILE("SolveExit");
+        for (Constraint* constraint : constraints) {
+            constraint->SolveExit();
+        }
     } else {
         GaussSeidelSolver(constraints, settings);
-    }
-    {
-        VORRA_PROFILE("SolveExit");
-        // A contact has nothing to finish: its rows handed everything back already.
-        for (Constraint* constraint : constraints) {
-            if (!constraint->IsContact()) {
-                constraint->SolveExit();
-            }
-        }
     }
     {
         VORRA_PROFILE("Applying velchanges");
@@ -280,34 +302,53 @@ void GaussSeidelSolver(ConstraintList& constraints, const SolverSettings& settin
             batches.SweepPasses(0, segments[0].batchEnd, passes, buffers.bodies.begin(),
                                 buffers.laneChanges.begin());
         }
+        buffers.recordAhead.resize(buffers.bodies.size());
+        std::fill(buffers.recordAhead.begin(), buffers.recordAhead.end(), 0);
+        buffers.aheadBodies.clear();
         for (int pass = 0; pass < passes && segments.size() > 1; ++pass) {
             RowChange* changes = pass + 1 == passes ? buffers.laneChanges.begin() : nullptr;
             size_t batch = 0;
             for (const Segment& segment : segments) {
-                batches.SweepPasses(batch, segment.batchEnd, 1, buffers.bodies.begin(), changes);
+                // Constraints of other kinds often follow each other: no rows between.
+                if (batch != segment.batchEnd) {
+                    BringBackToArray(buffers);
+                    batches.SweepPasses(batch, segment.batchEnd, 1, buffers.bodies.begin(),
+                                        changes);
+                }
                 batch = segment.batchEnd;
                 if (Constraint* other = segment.other) {
-                    CopyToBody(buffers, other->bodies[0]);
-                    CopyToBody(buffers, other->bodies[1]);
+                    BringToRecord(buffers, other->bodies[0]);
+                    BringToRecord(buffers, other->bodies[1]);
                     other->CalcDelta();
                     other->ApplyDelta();
-                    CopyFromBody(buffers, other->bodies[0]);
-                    CopyFromBody(buffers, other->bodies[1]);
                 }
             }
         }
+        BringBackToArray(buffers);
     }
 
     for (size_t i = 0; i < buffers.bodyOwners.size(); ++i) {
         CopyToBody(buffers, buffers.bodyOwners[i]);
     }
-    buffers.changes.resize(constraints.size());
-    batches.Scatter(listRows.begin(), passes > 0 ? buffers.laneChanges.begin() : nullptr,
-                    buffers.changes.begin());
+    // Gathered in list order first, so that the contacts are then written in the order they
+    // lie in memory.
+    util::VectorPOD<RowResult>& results = buffers.results;
+    results.resize(constraints.size());
+    batches.ForEachResult(
+        passes > 0 ? buffers.laneChanges.begin() : nullptr,
+        [&](uint32_t row, math::real accN, math::real accT, const RowChange* change) {
+            results[row] = RowResult{accN, accT, change ? *change : RowChange{0, 0}};
+        });
     for (size_t i = 0; i < constraints.size(); ++i) {
         if (isContact[i]) {
+            const RowResult& result = results[i];
             static_cast<Contact*>(constraints[i])
-                ->FromRow(listRows[i], passes > 0 ? &buffers.changes[i] : nullptr);
+                ->TakeResults(result.accN, result.accT, passes > 0 ? &result.change : nullptr);
+        }
+    }
+    for (const Segment& segment : segments) {
+        if (segment.other) {
+            segment.other->SolveExit();
         }
     }
 }

@@ -15,8 +15,8 @@ void RunSolver(const std::vector<AbstractBody*>& allBodies, ConstraintList& cons
                const SolverSettings& settings);
 
 // Prepares the constraints as RunSolver describes, then projected Gauss-Seidel sweeps in
-// list order, or by descending first change if solvePreSortConstraints. The list is left
-// in its order but for the dropped constraints.
+// list order, or by descending first change if solvePreSortConstraints, and SolveExit. The
+// list is left in its order but for the dropped constraints.
 void GaussSeidelSolver(ConstraintList& constraints, const SolverSettings& settings);
 
 // Always applies the greatest pending change next, then recomputes the changes of the

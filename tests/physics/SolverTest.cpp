@@ -364,16 +364,25 @@ namespace {
 // that its place in the sweep shows.
 class Probe : public physics::Constraint {
 public:
-    explicit Probe(physics::AbstractBody* watched) : m_watched(watched) { bodies[1] = watched; }
+    // Records the watched body's vertical velocity change at each CalcDelta, and adds push
+    // to it at each ApplyDelta.
+    explicit Probe(physics::AbstractBody* watched, float push = 0)
+        : m_watched(watched), m_push(push) {
+        bodies[1] = watched;
+    }
     bool SolveInit() override { return true; }
     void CalcDelta() override { seen.push_back(m_watched->velocityChange.y); }
-    void ApplyDelta() override { ++applied; }
+    void ApplyDelta() override {
+        ++applied;
+        m_watched->velocityChange.y += m_push;
+    }
 
     std::vector<float> seen;
     int applied = 0;
 
 private:
     physics::AbstractBody* m_watched;
+    float m_push;
 };
 
 }  // namespace
@@ -457,4 +466,18 @@ TEST_F(SolverTest, OtherConstraintsKeepTheirPlaceInTheSweep) {
     EXPECT_FLOAT_EQ(probe.seen[2], 2);
     EXPECT_EQ(probe.applied, 3);
     EXPECT_FLOAT_EQ(c->GetImpulseNormal(), 4);
+
+    // Two in a row on the same body: the second sees what the first applied, and the
+    // contact after them sees both. The contact takes back the second pass's push; by the
+    // third its impulse is spent, and the last push stays.
+    ball.body->velocity = {0, -2};
+    const ContactPtr again = Touch(ball);
+    Probe pusher(ball.body.Get(), 1);
+    Probe watcher(ball.body.Get());
+    list = {&pusher, &watcher, again.get()};
+    physics::RunSolver(bodies, list, settings);
+    EXPECT_EQ(pusher.seen, (std::vector<float>{0, 2, 2}));
+    EXPECT_EQ(watcher.seen, (std::vector<float>{1, 3, 3}));
+    EXPECT_FLOAT_EQ(again->GetImpulseNormal(), 0);
+    EXPECT_FLOAT_EQ(ball.body->velocity.y, 1);
 }
