@@ -402,8 +402,20 @@ void Collider::CollideWater(ContactList& contacts) {
     math::BoundingBox2f water;
     {
         VORRA_PROFILE("Creating BB");
-        for (const Particle* particle : m_particles) {
-            water.Add(particle->position);
+        // Each part's box, joined coordinate by coordinate: a NaN coordinate is left out
+        // of its own axis only, as in one walk over the list.
+        math::BoundingBox2f parts[StepWorkers::kMaxThreads];
+        StepWorkers::Get().ForParts(m_particles.size(), kParticleGrain,
+                                    [&](size_t part, size_t first, size_t last) {
+                                        for (size_t i = first; i < last; ++i) {
+                                            parts[part].Add(m_particles[i]->position);
+                                        }
+                                    });
+        for (const math::BoundingBox2f& part : parts) {
+            water.min.x = part.min.x < water.min.x ? part.min.x : water.min.x;
+            water.min.y = part.min.y < water.min.y ? part.min.y : water.min.y;
+            water.max.x = part.max.x > water.max.x ? part.max.x : water.max.x;
+            water.max.y = part.max.y > water.max.y ? part.max.y : water.max.y;
         }
         water = water.Expanded(m_particleMargin);
     }

@@ -42,8 +42,19 @@ ParticleHash::Key ParticleHash::KeyOf(const math::Vec2& point, math::real invers
     return {TruncatedCell(inverseSize * point.x), TruncatedCell(inverseSize * point.y)};
 }
 
+uint64_t ParticleHash::RemainderFactor(size_t divisor) {
+    return ~uint64_t{0} / divisor + 1;
+}
+
+size_t ParticleHash::Remainder(uint32_t value, size_t divisor, uint64_t factor) {
+    // value % divisor by two multiplications, exact for 32-bit values and divisors (Lemire's
+    // method): a division takes far longer, and the table asks for one per particle.
+    const uint64_t low = factor * value;
+    return static_cast<size_t>((static_cast<unsigned __int128>(low) * divisor) >> 64);
+}
+
 size_t ParticleHash::BucketOf(const Key& key) const {
-    return util::DefaultHasher()(key) % m_buckets.size();
+    return Remainder(util::DefaultHasher()(key), m_buckets.size(), m_bucketFactor);
 }
 
 const ParticleHash::Cell* ParticleHash::Find(const Key& key) const {
@@ -73,6 +84,7 @@ uint32_t ParticleHash::CellIndex(const Key& key) {
 void ParticleHash::Grow() {
     // The table's own growth rule; cells move over in table order.
     m_spareBuckets.resize(util::HashSet<int>::NextBucketCount(m_buckets.size()));
+    const uint64_t spareFactor = RemainderFactor(m_spareBuckets.size());
     for (util::VectorPOD<uint32_t>& bucket : m_spareBuckets) {
         bucket.clear();
     }
@@ -80,18 +92,21 @@ void ParticleHash::Grow() {
     std::fill(m_spareUsed.begin(), m_spareUsed.end(), 0);
     ForEachUsedBucket([&](size_t from) {
         for (uint32_t index : m_buckets[from]) {
-            const size_t at = util::DefaultHasher()(m_cells[index].key) % m_spareBuckets.size();
+            const size_t at = Remainder(util::DefaultHasher()(m_cells[index].key),
+                                        m_spareBuckets.size(), spareFactor);
             m_spareBuckets[at].push_back(index);
             m_spareUsed[at / 64] |= uint64_t{1} << (at % 64);
         }
     });
     m_buckets.swap(m_spareBuckets);
     m_used.swap(m_spareUsed);
+    m_bucketFactor = spareFactor;
 }
 
 void ParticleHash::Build(Particle* const* particles, size_t count, math::real cellSize) {
     if (m_buckets.empty()) {
         m_buckets.resize(InitialBucketCount(count));
+        m_bucketFactor = RemainderFactor(m_buckets.size());
         m_used.resize((m_buckets.size() + 63) / 64);
         std::fill(m_used.begin(), m_used.end(), 0);
     }

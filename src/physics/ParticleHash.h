@@ -73,9 +73,14 @@ public:
     // The table's first size for n entries: n taken to the next odd number and on to the
     // next prime, at least 3.
     static size_t InitialBucketCount(size_t n);
+    // value % divisor without a division, for a divisor from 1 to 2^32 - 1 and the factor
+    // that RemainderFactor gives for it.
+    static uint64_t RemainderFactor(size_t divisor);
+    static size_t Remainder(uint32_t value, size_t divisor, uint64_t factor);
 
 private:
     size_t BucketOf(const Key& key) const;
+
     uint32_t CellIndex(const Key& key);
     void Grow();
 
@@ -91,6 +96,7 @@ private:
     }
 
     std::vector<util::VectorPOD<uint32_t>> m_buckets;
+    uint64_t m_bucketFactor = 0;  // of the bucket count, for Remainder
     std::vector<util::VectorPOD<uint32_t>> m_spareBuckets;
     // A bit for each bucket that has held a cell since the last build.
     util::VectorPOD<uint64_t> m_used;

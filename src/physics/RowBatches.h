@@ -66,6 +66,13 @@ public:
 
 private:
     static void Put(RowBatch& batch, int lane, const ContactRow& row, const SolverBody* bodies);
+    // The number of threads that share the passes over levels of this many batches.
+    static size_t PartsOfLevels(size_t batches, size_t levels);
+    // Whether a run of rows in this many levels will be swept on several threads.
+    static bool SharedSweep(size_t rows, size_t levels);
+    // The places 0 .. count - 1 of the last run, by a moving body of each row (its first,
+    // where both move), in order of places where that is the same.
+    const uint32_t* ByFirstMovingBody(size_t count);
 
     // The threads' progress through the levels of a parallel sweep, a cache line each.
     struct alignas(64) Progress {
@@ -85,8 +92,11 @@ private:
     util::VectorPOD<uint32_t> m_bodyLevel;  // a body's next free level, with its stamp
     util::VectorPOD<uint32_t> m_bodyStamp;
     util::VectorPOD<uint32_t> m_rowLevel;
+    util::VectorPOD<uint32_t> m_rowBody;  // a moving body of each row, its first where both move
     util::VectorPOD<uint32_t> m_levelStart;
     util::VectorPOD<uint32_t> m_byLevel;
+    util::VectorPOD<uint32_t> m_bodyStart;
+    util::VectorPOD<uint32_t> m_byBody;
     uint32_t m_stamp = 0;
 };
 

@@ -957,13 +957,26 @@ void SPH::CalcSPHForces() {
 
 void SPH::Evaporate(real dt) {
     VORRA_PROFILE("Evaporation");
-    for (Particle* particle : m_particles) {
-        if (particle->neighbours.size() < 2) {
-            particle->age += dt;
-        } else {
-            particle->age = 0;
+    // Each particle on its own. The values that the statistics sum are gathered on the way,
+    // so that the sums, which keep list order, read plain arrays.
+    const size_t count = m_particles.size();
+    m_listedOf.resize(count);
+    m_pressureOf.resize(count);
+    m_densityOf.resize(count);
+    StepWorkers::Get().ForParts(count, kParticleGrain, [&](size_t, size_t first, size_t last) {
+        for (size_t k = first; k < last; ++k) {
+            Particle* particle = m_particles[k];
+            const size_t listed = particle->neighbours.size();
+            if (listed < 2) {
+                particle->age += dt;
+            } else {
+                particle->age = 0;
+            }
+            m_listedOf[k] = static_cast<uint32_t>(listed);
+            m_pressureOf[k] = particle->pressure;
+            m_densityOf[k] = particle->density;
         }
-    }
+    });
 }
 
 real SPH::NextNormal() {
@@ -1004,10 +1017,11 @@ void SPH::PublishStatistics() {
     double neighbours = 0;
     double pressure = 0;
     double densitySum = 0;
-    for (const Particle* particle : m_particles) {
-        neighbours += static_cast<double>(particle->neighbours.size());
-        pressure += particle->pressure;
-        densitySum += particle->density;
+    // As Evaporate gathered them, nothing having changed them since.
+    for (size_t k = 0; k < m_particles.size(); ++k) {
+        neighbours += static_cast<double>(m_listedOf[k]);
+        pressure += m_pressureOf[k];
+        densitySum += m_densityOf[k];
     }
     const double count = static_cast<double>(m_particles.size());
     SetConstant("AVG_neighCount", static_cast<float>(neighbours / count));

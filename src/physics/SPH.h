@@ -163,8 +163,11 @@ private:
     void ReportPileUp(size_t leftOut, uint32_t listCap);
     static uint32_t CapOf(double scaled);
     void CalcSPHForces();
+    // Ages the particles with fewer than two in their list, and gathers what the statistics
+    // read.
     void Evaporate(math::real dt);
     void Jitter();
+    // After Evaporate, within the same update.
     void PublishStatistics();
     // A standard normal number; Box-Muller gives them in pairs, the second kept.
     math::real NextNormal();
@@ -182,6 +185,10 @@ private:
     util::VectorPOD<math::real> m_slotDensity;
     util::VectorPOD<math::real> m_slotPressure;
     util::VectorPOD<math::Vec2> m_slotVelocity;
+    // Per particle in list order, for the statistics.
+    util::VectorPOD<uint32_t> m_listedOf;
+    util::VectorPOD<math::real> m_pressureOf;
+    util::VectorPOD<math::real> m_densityOf;
     ParticleHash m_hash;
     util::Random m_random;
     math::real m_spareNormal = 0;

@@ -151,6 +151,19 @@ TEST_F(SPHTest, HashCellsTruncateTowardZeroAndTheTableKeepsItsSize) {
     EXPECT_EQ(ParticleHash::InitialBucketCount(8), 11u);
     EXPECT_EQ(ParticleHash::InitialBucketCount(9), 11u);
     EXPECT_EQ(ParticleHash::InitialBucketCount(5000), 5003u);
+    // The bucket of a hash is its remainder, found without dividing.
+    for (const size_t divisor :
+         {size_t{1}, size_t{3}, size_t{5003}, size_t{1000003}, size_t{4294967291u}}) {
+        const uint64_t factor = ParticleHash::RemainderFactor(divisor);
+        uint32_t value = 0x9E3779B9u;
+        for (int k = 0; k < 2000; ++k) {
+            value = value * 1664525u + 1013904223u;
+            for (const uint32_t v :
+                 {value, uint32_t(k), uint32_t(divisor - 1), uint32_t(divisor), 0xFFFFFFFFu}) {
+                ASSERT_EQ(ParticleHash::Remainder(v, divisor, factor), v % divisor) << v;
+            }
+        }
+    }
 
     // Four particles size the table to 5 buckets; eight separate cells then outgrow it
     // (5 -> 11), and a later step keeps the larger table.
