@@ -80,7 +80,6 @@ public:
 
 private:
     size_t BucketOf(const Key& key) const;
-
     uint32_t CellIndex(const Key& key);
     void Grow();
 

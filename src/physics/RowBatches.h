@@ -68,7 +68,8 @@ private:
     static void Put(RowBatch& batch, int lane, const ContactRow& row, const SolverBody* bodies);
     // The number of threads that share the passes over levels of this many batches.
     static size_t PartsOfLevels(size_t batches, size_t levels);
-    // Whether a run of rows in this many levels will be swept on several threads.
+    // Whether a run of rows in this many levels is to be swept on several threads, by the
+    // batches it fills without padding: a misjudged run costs time, never a result.
     static bool SharedSweep(size_t rows, size_t levels);
     // The places 0 .. count - 1 of the last run, by a moving body of each row (its first,
     // where both move), in order of places where that is the same.
