@@ -15,7 +15,7 @@ namespace physics {
 // apart. Rebuilt every step; impulses and the time of first touch carry over through the
 // contact cache. A contact found again counts as resting (a soft constraint), a new one
 // as an impact.
-class Contact : public Constraint {
+class Contact final : public Constraint {
 public:
     // Point p, unit normal n from a to b, depth d (positive means overlap). Reads the
     // simulated time and the contact regularisation of the last solve.

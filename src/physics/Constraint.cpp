@@ -1,7 +1,0 @@
-#include "physics/Constraint.h"
-
-namespace physics {
-
-Constraint::~Constraint() noexcept(false) = default;
-
-}  // namespace physics
