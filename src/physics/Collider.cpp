@@ -22,10 +22,11 @@ namespace {
 using math::Vec2;
 
 // Candidate pairs, or particles, per part of a parallel walk: fewer go on one thread. The
-// tests of boxes and circles cost less than handing their contacts from one core's cache
-// to the other's, so those groups stay on one thread; polygons' distance maps and the
-// water's particles are worth sharing.
+// tests of boxes and circles cost little beside handing their contacts from one core's
+// cache to the other's: boxes are shared only in large piles, circles not at all; polygons'
+// distance maps and the water's particles are worth sharing.
 constexpr size_t kPolygonPairGrain = 64;
+constexpr size_t kBoxPairGrain = 2048;
 constexpr size_t kOnOneThread = SIZE_MAX;
 constexpr size_t kParticleGrain = 1024;
 
@@ -372,7 +373,7 @@ void Collider::Collide(ContactList& contacts) {
     }
     {
         VORRA_PROFILE("Box-Box");
-        walkWithin(kOnOneThread, m_boxes.size(), m_boxBounds, m_boxFlags,
+        walkWithin(kBoxPairGrain, m_boxes.size(), m_boxBounds, m_boxFlags,
                    [&](ContactList& out, size_t i, size_t j) {
                        CollideBoxBox(out, m_boxes[i], m_boxes[j]);
                    });

@@ -21,6 +21,11 @@ static_assert(sizeof(SolverBody) == 5 * sizeof(math::real) &&
 namespace {
 
 constexpr int kLanes = RowBatch::kLanes;
+// Batches per part of their filling: below this, handing them to another core costs more
+// than it saves.
+constexpr size_t kFillGrain = 512;
+// How far ahead the level pass asks for the rows it will read.
+constexpr size_t kLevelAhead = 32;
 
 bool Moves(const SolverBody& body) {
     return body.massInv != 0 || body.inertiaInv != 0;
@@ -28,14 +33,18 @@ bool Moves(const SolverBody& body) {
 
 }  // namespace
 
-void RowBatches::Clear(uint32_t dummyBody) {
+void RowBatches::Clear(uint32_t dummyBody, const SolverBody* bodies) {
     m_batches.clear();
     m_laneRows.clear();
     m_levelBatch.clear();
     m_levelBatch.push_back(0);
     m_dummyBody = dummyBody;
-    m_bodyLevel.resize(dummyBody + 1);
-    m_bodyStamp.resize(dummyBody + 1, 0);
+    // New places read as no level, as their values do not pass the base.
+    m_bodyLevel.resize(dummyBody + 1, 0);
+    m_moves.resize(dummyBody + 1);
+    for (uint32_t b = 0; b <= dummyBody; ++b) {
+        m_moves[b] = Moves(bodies[b]) ? 1 : 0;
+    }
 }
 
 void RowBatches::Add(const ContactRow* rows, const uint32_t* order, size_t count,
@@ -43,36 +52,35 @@ void RowBatches::Add(const ContactRow* rows, const uint32_t* order, size_t count
     if (count == 0) {
         return;
     }
-    // A new stamp forgets the levels of the runs before; stamps start at 1.
-    if (++m_stamp == 0) {
-        std::fill(m_bodyStamp.begin(), m_bodyStamp.end(), 0);
-        m_stamp = 1;
+    // A body's entry is the base plus its next free level; entries of earlier runs, and of
+    // bodies that do not move, never pass the base and read as level 0. Bodies that do not
+    // move are written to the padding slot instead, which no row reads.
+    if (m_levelBase > UINT32_MAX - count - 1) {
+        std::fill(m_bodyLevel.begin(), m_bodyLevel.end(), 0);
+        m_levelBase = 0;
     }
+    const uint32_t base = m_levelBase;
     m_rowLevel.resize(count);
     m_rowBody.resize(count);
     uint32_t levels = 0;
     for (size_t k = 0; k < count; ++k) {
-        if (k + kLanes < count) {
-            __builtin_prefetch(&rows[order[k + kLanes]]);
+        if (k + kLevelAhead < count) {
+            __builtin_prefetch(&rows[order[k + kLevelAhead]]);
         }
         const ContactRow& row = rows[order[k]];
-        const uint32_t both[2] = {row.body0, row.body1};
-        uint32_t level = 0;
-        for (uint32_t b : both) {
-            if (Moves(bodies[b]) && m_bodyStamp[b] == m_stamp) {
-                level = std::max(level, m_bodyLevel[b]);
-            }
-        }
-        for (uint32_t b : both) {
-            if (Moves(bodies[b])) {
-                m_bodyStamp[b] = m_stamp;
-                m_bodyLevel[b] = level + 1;
-            }
-        }
+        const uint32_t b0 = row.body0;
+        const uint32_t b1 = row.body1;
+        const uint32_t v0 = m_bodyLevel[b0];
+        const uint32_t v1 = m_bodyLevel[b1];
+        const uint32_t level = std::max(v0 > base ? v0 - base : 0, v1 > base ? v1 - base : 0);
+        const bool moves0 = m_moves[b0] != 0;
+        m_bodyLevel[moves0 ? b0 : m_dummyBody] = base + level + 1;
+        m_bodyLevel[m_moves[b1] ? b1 : m_dummyBody] = base + level + 1;
         m_rowLevel[k] = level;
-        m_rowBody[k] = Moves(bodies[row.body0]) ? row.body0 : row.body1;
+        m_rowBody[k] = moves0 ? b0 : b1;
         levels = std::max(levels, level + 1);
     }
+    m_levelBase = base + levels;
 
     // Rows by level: a counting sort. The rows of a level share no moving body, so their
     // order within it changes no result. One thread keeps the order given; where threads
@@ -100,31 +108,51 @@ void RowBatches::Add(const ContactRow* rows, const uint32_t* order, size_t count
     // Each level fills whole batches, its last one padded with rows of nothing on the
     // padding slot. The counts have moved each start to the next level's: walk the levels
     // by their ends.
-    size_t batch = m_batches.size();
-    size_t batchCount = batch;
+    const size_t firstBatch = m_batches.size();
+    const size_t firstLevel = m_levelBatch.size() - 1;
+    size_t batchCount = firstBatch;
     for (uint32_t l = 0, begin = 0; l < levels; begin = m_levelStart[l++]) {
         batchCount += (m_levelStart[l] - begin + kLanes - 1) / kLanes;
+        m_levelBatch.push_back(static_cast<uint32_t>(batchCount));
     }
     m_batches.resize(batchCount);
     m_laneRows.resize(batchCount * kLanes);
+    // Each batch is filled from its own rows alone: the step's threads share them.
+    StepWorkers::Get().ForParts(
+        batchCount - firstBatch, kFillGrain, [&](size_t, size_t first, size_t last) {
+            Fill(rows, bodies, firstLevel, firstBatch + first, firstBatch + last);
+        });
+}
+
+void RowBatches::Fill(const ContactRow* rows, const SolverBody* bodies, size_t firstLevel,
+                      size_t first, size_t last) {
     ContactRow padding{};
     padding.body0 = padding.body1 = m_dummyBody;
-    for (uint32_t l = 0, begin = 0; l < levels; begin = m_levelStart[l++]) {
-        const uint32_t end = m_levelStart[l];
-        for (uint32_t i = begin; i < end; i += kLanes) {
-            for (int lane = 0; lane < kLanes; ++lane) {
-                const uint32_t at = i + static_cast<uint32_t>(lane);
-                // Rows are read out of order here: ask for the ones a little ahead.
-                if (at + kLanes < end) {
-                    __builtin_prefetch(&rows[m_byLevel[at + kLanes]]);
-                }
-                const uint32_t row = at < end ? m_byLevel[at] : kNoRow;
-                Put(m_batches[batch], lane, row == kNoRow ? padding : rows[row], bodies);
-                m_laneRows[batch * kLanes + static_cast<size_t>(lane)] = row;
-            }
-            ++batch;
+    // The level of the first batch; the levels of this run begin at firstLevel, and their
+    // rows end where m_levelStart says.
+    size_t level = static_cast<size_t>(std::upper_bound(m_levelBatch.begin() + firstLevel,
+                                                        m_levelBatch.end(), first) -
+                                       m_levelBatch.begin()) -
+                   1;
+    for (size_t batch = first; batch < last; ++batch) {
+        while (m_levelBatch[level + 1] <= batch) {
+            ++level;
         }
-        m_levelBatch.push_back(static_cast<uint32_t>(batch));
+        const size_t l = level - firstLevel;
+        const uint32_t levelRows = l == 0 ? 0 : m_levelStart[l - 1];
+        const uint32_t end = m_levelStart[l];
+        const uint32_t at =
+            levelRows + static_cast<uint32_t>((batch - m_levelBatch[level]) * kLanes);
+        for (int lane = 0; lane < kLanes; ++lane) {
+            const uint32_t place = at + static_cast<uint32_t>(lane);
+            // Rows are read out of order here: ask for the ones a little ahead.
+            if (place + kLanes < end) {
+                __builtin_prefetch(&rows[m_byLevel[place + kLanes]]);
+            }
+            const uint32_t row = place < end ? m_byLevel[place] : kNoRow;
+            Put(m_batches[batch], lane, row == kNoRow ? padding : rows[row], bodies);
+            m_laneRows[batch * kLanes + static_cast<size_t>(lane)] = row;
+        }
     }
 }
 

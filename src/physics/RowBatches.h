@@ -23,7 +23,9 @@ public:
 
     // Starts over for a sweep whose padding rows use the body slot dummyBody, which must
     // hold zeros and be used by no row, as must the StepWorkers::kMaxThreads slots after it.
-    void Clear(uint32_t dummyBody);
+    // Which bodies move is taken from bodies now: their inverse values must stay until the
+    // sweep.
+    void Clear(uint32_t dummyBody, const SolverBody* bodies);
     // Schedules the rows order[0], ..., order[count - 1], in that order, after everything
     // scheduled before; the batch count afterwards marks the end of this run.
     void Add(const ContactRow* rows, const uint32_t* order, size_t count, const SolverBody* bodies);
@@ -66,6 +68,10 @@ public:
 
 private:
     static void Put(RowBatch& batch, int lane, const ContactRow& row, const SolverBody* bodies);
+    // Fills batches [first, last) of the run whose levels begin at firstLevel in
+    // m_levelBatch, from the rows as the last Add placed them by level.
+    void Fill(const ContactRow* rows, const SolverBody* bodies, size_t firstLevel, size_t first,
+              size_t last);
     // The number of threads that share the passes over levels of this many batches.
     static size_t PartsOfLevels(size_t batches, size_t levels);
     // Whether a run of rows in this many levels is to be swept on several threads, by the
@@ -90,15 +96,15 @@ private:
     uint32_t m_dummyBody = 0;
 
     // Scheduling scratch, kept to spare the allocations.
-    util::VectorPOD<uint32_t> m_bodyLevel;  // a body's next free level, with its stamp
-    util::VectorPOD<uint32_t> m_bodyStamp;
+    util::VectorPOD<uint32_t> m_bodyLevel;  // a body's next free level, over the base
+    uint32_t m_levelBase = 0;
+    util::VectorPOD<uint8_t> m_moves;  // whether each body moves or turns
     util::VectorPOD<uint32_t> m_rowLevel;
     util::VectorPOD<uint32_t> m_rowBody;  // a moving body of each row, its first where both move
     util::VectorPOD<uint32_t> m_levelStart;
     util::VectorPOD<uint32_t> m_byLevel;
     util::VectorPOD<uint32_t> m_bodyStart;
     util::VectorPOD<uint32_t> m_byBody;
-    uint32_t m_stamp = 0;
 };
 
 }  // namespace physics

@@ -19,6 +19,9 @@ namespace {
 
 // Bodies per part of the loops over every body.
 constexpr size_t kBodyGrain = 2048;
+// Rows per part of the loops over the contact rows, which touch a few of a row's cache
+// lines each: below this, handing them to another core costs more than it saves.
+constexpr size_t kRowGrain = 4096;
 
 // Priorities as sort keys: a NaN, from a blown-up row, sorts last instead of breaking the
 // ordering that sort and map rely on.
@@ -241,19 +244,25 @@ void GaussSeidelSolver(ConstraintList& constraints, const SolverSettings& settin
     }
 
     // With the list to be sorted, each constraint's priority from the first change it
-    // asks for.
-    keyed.clear();
-    for (size_t i = 0; i < constraints.size(); ++i) {
-        math::real priority = 0;
-        if (settings.solvePreSortConstraints) {
-            if (isContact[i]) {
-                priority = Contact::RowPriority(listRows[i], buffers.bodies.begin());
-            } else {
-                constraints[i]->CalcDelta();
-                priority = constraints[i]->priority;
+    // asks for: the contacts' rows on the step's threads, as each reads the bodies and
+    // writes only its own key, then the constraints of other kinds through their own code.
+    keyed.resize(constraints.size());
+    const bool presort = settings.solvePreSortConstraints;
+    StepWorkers::Get().ForParts(
+        constraints.size(), kRowGrain, [&](size_t, size_t first, size_t last) {
+            for (size_t i = first; i < last; ++i) {
+                const math::real priority =
+                    presort && isContact[i]
+                        ? Contact::RowPriority(listRows[i], buffers.bodies.begin())
+                        : 0;
+                keyed[i] = Keyed{PriorityKey(priority), static_cast<uint32_t>(i)};
             }
+        });
+    for (size_t i = 0; presort && i < constraints.size(); ++i) {
+        if (!isContact[i]) {
+            constraints[i]->CalcDelta();
+            keyed[i].key = PriorityKey(constraints[i]->priority);
         }
-        keyed.push_back(Keyed{PriorityKey(priority), static_cast<uint32_t>(i)});
     }
     if (settings.solvePreSortConstraints) {
         VORRA_PROFILE("Pre-sort");
@@ -283,7 +292,7 @@ void GaussSeidelSolver(ConstraintList& constraints, const SolverSettings& settin
         for (size_t slot = 0; slot <= StepWorkers::kMaxThreads; ++slot) {
             buffers.bodies.push_back(SolverBody{{0, 0}, 0, 0, 0});
         }
-        batches.Clear(dummyBody);
+        batches.Clear(dummyBody, buffers.bodies.begin());
         size_t row = 0;
         for (Segment& segment : segments) {
             batches.Add(listRows.begin(), order.begin() + row, segment.rowEnd - row,
@@ -339,13 +348,18 @@ void GaussSeidelSolver(ConstraintList& constraints, const SolverSettings& settin
         [&](uint32_t row, math::real accN, math::real accT, const RowChange* change) {
             results[row] = RowResult{accN, accT, change ? *change : RowChange{0, 0}};
         });
-    for (size_t i = 0; i < constraints.size(); ++i) {
-        if (isContact[i]) {
-            const RowResult& result = results[i];
-            static_cast<Contact*>(constraints[i])
-                ->TakeResults(result.accN, result.accT, passes > 0 ? &result.change : nullptr);
-        }
-    }
+    // Each contact takes only its own results.
+    StepWorkers::Get().ForParts(
+        constraints.size(), kRowGrain, [&](size_t, size_t first, size_t last) {
+            for (size_t i = first; i < last; ++i) {
+                if (isContact[i]) {
+                    const RowResult& result = results[i];
+                    static_cast<Contact*>(constraints[i])
+                        ->TakeResults(result.accN, result.accT,
+                                      passes > 0 ? &result.change : nullptr);
+                }
+            }
+        });
     for (const Segment& segment : segments) {
         if (segment.other) {
             segment.other->SolveExit();

@@ -110,7 +110,7 @@ TEST(RowBatches, BatchedSweepsEqualTheSequentialSweepBitForBit) {
         };
 
         RowBatches batches;
-        batches.Clear(static_cast<uint32_t>(bodyCount));
+        batches.Clear(static_cast<uint32_t>(bodyCount), batched.data());
         const std::vector<uint32_t> order = Positions(rows.size());
         batches.Add(batchedRows.data(), order.data(), split, batched.data());
         const size_t firstEnd = batches.BatchCount();
@@ -155,7 +155,7 @@ TEST(RowBatches, BatchesShareNoMovingBodyAndKeepEachBodysOrder) {
     const std::vector<SolverBody> bodies = MakeBodies(bodyCount, random);
     const std::vector<ContactRow> rows = MakeRows(200, bodyCount, random);
     RowBatches batches;
-    batches.Clear(static_cast<uint32_t>(bodyCount));
+    batches.Clear(static_cast<uint32_t>(bodyCount), bodies.data());
     // Rows taken in the list's order but backwards, as a sort might hand them over.
     std::vector<uint32_t> order = Positions(rows.size());
     std::reverse(order.begin(), order.end());
