@@ -401,25 +401,38 @@ void Simulation::Step(bool simulate) {
     }
     CalcContacts();
     if (simulate) {
-        if (leapFrog->Get()) {
-            IntegrateVelocity(h / 2);
-            RunSolver();
-            IntegrateVelocity(h / 2);
-        } else {
-            RunSolver();
-            IntegrateVelocity(h);
+        // The passes over the bodies around the solve are joined: each body's own values
+        // only, in the same order.
+        const bool leap = leapFrog->Get();
+        const float afterSolve = leap ? h / 2 : h;
+        {
+            VORRA_PROFILE("Before solving");
+            StepWorkers::Get().ForEach(m_allBodies, kBodyGrain, [&](AbstractBody* body) {
+                if (leap) {
+                    IntegrateVelocity(*body, h / 2);
+                }
+                ClearVelocityChange(*body);
+            });
         }
-        IntegratePosition(h);
+        RunSolver();
+        {
+            VORRA_PROFILE("After solving");
+            StepWorkers::Get().ForEach(m_allBodies, kBodyGrain, [&](AbstractBody* body) {
+                ApplyVelocityChange(*body);
+                IntegrateVelocity(*body, afterSolve);
+                IntegratePosition(*body, h);
+            });
+        }
         if (m_fluidStepped) {
             SPH::Get().SmoothVelocities();
         }
     }
     const bool isRunning = running->Get();
     if (isRunning) {
-        for (AbstractBody* body : m_allBodies) {
+        StepWorkers::Get().ForEach(m_allBodies, kBodyGrain, [](AbstractBody* body) {
             body->force = Vec2(0, 0);
             body->torque = 0;
-        }
+        });
     }
     m_stepCallbacks.CallAll(isRunning ? h : 0.0f);
 }
@@ -606,33 +619,28 @@ void Simulation::RunSolver() {
     for (Contact& contact : m_contactCache.GetContacts()) {
         m_constraints.push_back(&contact);
     }
-    physics::RunSolver(m_allBodies, m_constraints, GetSolverSettings());
+    VORRA_PROFILE("RunSolver");
+    SolveConstraints(m_allBodies, m_constraints, GetSolverSettings());
 }
 
-void Simulation::IntegrateVelocity(float dt) {
-    VORRA_PROFILE("IntegrateVelocity");
-    StepWorkers::Get().ForEach(m_allBodies, kBodyGrain, [dt](AbstractBody* body) {
-        if (body->IsImmovable()) {
-            body->velocity = Vec2(0, 0);
-            body->angularVelocity = 0;
-        } else {
-            body->velocity += dt * body->force * body->GetMassInv();
-            body->angularVelocity += dt * body->torque * body->GetInertiaInv();
-        }
-    });
+void Simulation::IntegrateVelocity(AbstractBody& body, float dt) {
+    if (body.IsImmovable()) {
+        body.velocity = Vec2(0, 0);
+        body.angularVelocity = 0;
+    } else {
+        body.velocity += dt * body.force * body.GetMassInv();
+        body.angularVelocity += dt * body.torque * body.GetInertiaInv();
+    }
 }
 
-void Simulation::IntegratePosition(float dt) {
-    VORRA_PROFILE("IntegratePosition");
+void Simulation::IntegratePosition(AbstractBody& body, float dt) {
     // Each body places only its own geoms.
-    StepWorkers::Get().ForEach(m_allBodies, kBodyGrain, [dt](AbstractBody* body) {
-        if (body->IsImmovable()) {
-            return;
-        }
-        body->position += dt * body->velocity;
-        body->angle = WrappedAngle(body->angle + dt * body->angularVelocity);
-        body->UpdateTransforms();
-    });
+    if (body.IsImmovable()) {
+        return;
+    }
+    body.position += dt * body.velocity;
+    body.angle = WrappedAngle(body.angle + dt * body.angularVelocity);
+    body.UpdateTransforms();
 }
 
 }  // namespace physics

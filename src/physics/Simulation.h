@@ -169,8 +169,8 @@ private:
     void CalcForces();
     void CalcContacts();
     void RunSolver();
-    void IntegrateVelocity(float dt);
-    void IntegratePosition(float dt);
+    static void IntegrateVelocity(AbstractBody& body, float dt);
+    static void IntegratePosition(AbstractBody& body, float dt);
     void AppendCounts();
 
     GeomPtr m_worldGeom;

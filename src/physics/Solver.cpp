@@ -176,17 +176,31 @@ void PrepareConstraints(ConstraintList& constraints, OnKept onKept) {
 
 }  // namespace
 
+void ClearVelocityChange(AbstractBody& body) {
+    body.velocityChange = {0, 0};
+    body.angularChange = 0;
+}
+
+void ApplyVelocityChange(AbstractBody& body) {
+    if (!body.IsImmovable()) {
+        body.velocity += body.velocityChange;
+        body.angularVelocity += body.angularChange;
+    }
+}
+
 void RunSolver(const std::vector<AbstractBody*>& allBodies, ConstraintList& constraints,
                const SolverSettings& settings) {
     VORRA_PROFILE("RunSolver");
+    StepWorkers::Get().ForEach(allBodies, kBodyGrain,
+                               [](AbstractBody* body) { ClearVelocityChange(*body); });
+    SolveConstraints(allBodies, constraints, settings);
+    StepWorkers::Get().ForEach(allBodies, kBodyGrain,
+                               [](AbstractBody* body) { ApplyVelocityChange(*body); });
+}
+
+void SolveConstraints(const std::vector<AbstractBody*>& allBodies, ConstraintList& constraints,
+                      const SolverSettings& settings) {
     SolverParameters::Current().Rebuild(settings);
-    {
-        VORRA_PROFILE("Init bodies");
-        StepWorkers::Get().ForEach(allBodies, kBodyGrain, [](AbstractBody* body) {
-            body->velocityChange = {0, 0};
-            body->angularChange = 0;
-        });
-    }
     if (settings.prioritizedSolver) {
         PrepareConstraints(constraints, [](size_t) {});
         PrioritizedSolver(allBodies, constraints, settings);
@@ -196,15 +210,6 @@ void RunSolver(const std::vector<AbstractBody*>& allBodies, ConstraintList& cons
         }
     } else {
         GaussSeidelSolver(constraints, settings);
-    }
-    {
-        VORRA_PROFILE("Applying velchanges");
-        StepWorkers::Get().ForEach(allBodies, kBodyGrain, [](AbstractBody* body) {
-            if (!body->IsImmovable()) {
-                body->velocity += body->velocityChange;
-                body->angularVelocity += body->angularChange;
-            }
-        });
     }
 }
 

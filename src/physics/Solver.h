@@ -14,6 +14,14 @@ namespace physics {
 void RunSolver(const std::vector<AbstractBody*>& allBodies, ConstraintList& constraints,
                const SolverSettings& settings);
 
+// RunSolver in its parts, for a caller that joins the passes over the bodies to passes of
+// its own: every body's changes cleared, then SolveConstraints, then every body's changes
+// applied.
+void ClearVelocityChange(AbstractBody& body);
+void SolveConstraints(const std::vector<AbstractBody*>& allBodies, ConstraintList& constraints,
+                      const SolverSettings& settings);
+void ApplyVelocityChange(AbstractBody& body);
+
 // Prepares the constraints as RunSolver describes, then projected Gauss-Seidel sweeps in
 // list order, or by descending first change if solvePreSortConstraints, and SolveExit. The
 // list is left in its order but for the dropped constraints.
