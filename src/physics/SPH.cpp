@@ -736,7 +736,6 @@ void SPH::BuildLists(size_t parts, bool ranked) {
         m_listStart[slot + 1] = m_listStart[slot] + m_listCount[slot];
     }
     m_entries.resize(m_listStart[count]);
-    Particle* const* members = m_hash.Members();
     const real* xs = m_hash.Xs();
     const real* ys = m_hash.Ys();
     Particle::Neighbour* entries = m_entries.data();
@@ -745,8 +744,8 @@ void SPH::BuildLists(size_t parts, bool ranked) {
         // The expressions of the test, so the same bits.
         const Vec2 delta(xs[pair.j] - xs[pair.i], ys[pair.j] - ys[pair.i]);
         const real distance = std::sqrt(delta.x * delta.x + delta.y * delta.y);
-        entries[starts[pair.i] + atI] = {members[pair.j], pair.j, distance, delta};
-        entries[starts[pair.j] + atJ] = {members[pair.i], pair.i, distance, -delta};
+        entries[starts[pair.i] + atI] = {pair.j, distance, delta};
+        entries[starts[pair.j] + atJ] = {pair.i, distance, -delta};
     };
     StepWorkers& workers = StepWorkers::Get();
     workers.ForParts(parts, 1, [&](size_t, size_t first, size_t last) {
@@ -767,7 +766,7 @@ void SPH::BuildLists(size_t parts, bool ranked) {
     // The particles are given their lists with their densities, which touch them anyway.
     workers.ForParts(count, kParticleGrain, [&](size_t, size_t first, size_t last) {
         for (size_t slot = first; slot < last; ++slot) {
-            entries[starts[slot]] = {members[slot], static_cast<uint32_t>(slot), 0, {0, 0}};
+            entries[starts[slot]] = {static_cast<uint32_t>(slot), 0, {0, 0}};
         }
     });
 }
@@ -817,7 +816,7 @@ void SPH::CalcSPHForces() {
     const auto setDensity = [&](size_t slot, real sum) {
         Particle& particle = *members[slot];
         particle.neighbours =
-            Particle::NeighbourList(entries + starts[slot], entries + starts[slot + 1]);
+            Particle::NeighbourList(entries + starts[slot], entries + starts[slot + 1], members);
         particle.density = m * sum;
         // A linear equation of state; below the rest density the pressure pulls.
         particle.pressure = c * c * (particle.density - restDensity);

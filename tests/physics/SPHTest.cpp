@@ -48,7 +48,7 @@ TEST_F(SPHTest, LoneParticleHasItsOwnDensityAndAges) {
     fluid.Update(list, 0.01f);
 
     ASSERT_EQ(p->neighbours.size(), 1u);
-    EXPECT_EQ(p->neighbours[0].other, p.Get());
+    EXPECT_EQ(p->neighbours.Other(p->neighbours[0]), p.Get());
     EXPECT_EQ(p->neighbours[0].distance, 0);
     // m W(0) = m 315 K1 h^6, with K1 = 1 / (h^9 64 pi).
     const double h = 0.1f;
@@ -91,7 +91,7 @@ TEST_F(SPHTest, ParticlesMeetJustInsideTheKernelRadius) {
     fluid.Update(list, 0.01f);
     ASSERT_EQ(a->neighbours.size(), 2u);
     ASSERT_EQ(b->neighbours.size(), 2u);
-    EXPECT_EQ(a->neighbours[1].other, b.Get());
+    EXPECT_EQ(a->neighbours.Other(a->neighbours[1]), b.Get());
     EXPECT_EQ(a->neighbours[1].delta, Vec2(0.999f * h, 0));
     EXPECT_EQ(b->neighbours[1].delta, Vec2(-0.999f * h, 0));
     EXPECT_FLOAT_EQ(a->neighbours[1].distance, 0.999f * h);
@@ -119,12 +119,12 @@ TEST_F(SPHTest, NeighbourListsHoldExactlyThePairsWithinTheKernelRadius) {
         size_t entries = 0;
         for (const ParticlePtr& p : list) {
             ASSERT_GE(p->neighbours.size(), 1u);
-            EXPECT_EQ(p->neighbours[0].other, p.Get());
+            EXPECT_EQ(p->neighbours.Other(p->neighbours[0]), p.Get());
             std::vector<const Particle*> listed;
             for (size_t k = 1; k < p->neighbours.size(); ++k) {
                 const Particle::Neighbour& n = p->neighbours[k];
-                EXPECT_EQ(n.delta, n.other->position - p->position);
-                listed.push_back(n.other);
+                EXPECT_EQ(n.delta, p->neighbours.Other(n)->position - p->position);
+                listed.push_back(p->neighbours.Other(n));
             }
             std::vector<const Particle*> expected;
             for (const ParticlePtr& q : list) {
@@ -279,7 +279,7 @@ TEST_F(SPHTest, PairsAtTheEdgeOfTheKernelAreFoundAcrossCells) {
         for (const ParticlePtr& p : list) {
             std::vector<const Particle*> listed;
             for (size_t k = 1; k < p->neighbours.size(); ++k) {
-                listed.push_back(p->neighbours[k].other);
+                listed.push_back(p->neighbours.Other(p->neighbours[k]));
             }
             std::vector<const Particle*> expected;
             for (const ParticlePtr& q : list) {
