@@ -414,7 +414,7 @@ void Simulation::Step(bool simulate) {
                 ClearVelocityChange(*body);
             });
         }
-        RunSolver();
+        Solve();
         {
             VORRA_PROFILE("After solving");
             StepWorkers::Get().ForEach(m_allBodies, kBodyGrain, [&](AbstractBody* body) {
@@ -611,7 +611,7 @@ void Simulation::CalcContacts() {
     m_contactCache.Match(m_foundContacts);
 }
 
-void Simulation::RunSolver() {
+void Simulation::Solve() {
     m_constraints.clear();
     for (const HingePtr& hinge : m_hinges) {
         m_constraints.push_back(hinge.Get());

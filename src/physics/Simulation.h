@@ -168,7 +168,8 @@ private:
     void RebuildAllBodies();
     void CalcForces();
     void CalcContacts();
-    void RunSolver();
+    // The step's constraints solved, their changes left in the bodies for the pass after.
+    void Solve();
     static void IntegrateVelocity(AbstractBody& body, float dt);
     static void IntegratePosition(AbstractBody& body, float dt);
     void AppendCounts();
