@@ -31,6 +31,10 @@ bool Moves(const SolverBody& body) {
     return body.massInv != 0 || body.inertiaInv != 0;
 }
 
+uint32_t OffsetOf(uint32_t body) {
+    return body * static_cast<uint32_t>(sizeof(SolverBody));
+}
+
 }  // namespace
 
 void RowBatches::Clear(uint32_t dummyBody, const SolverBody* bodies) {
@@ -174,8 +178,8 @@ const uint32_t* RowBatches::ByFirstMovingBody(size_t count) {
 }
 
 void RowBatches::Put(RowBatch& batch, int lane, const ContactRow& row, const SolverBody* bodies) {
-    batch.body0[lane] = row.body0;
-    batch.body1[lane] = row.body1;
+    batch.offset0[lane] = OffsetOf(row.body0);
+    batch.offset1[lane] = OffsetOf(row.body1);
     batch.nx[lane] = row.n.x;
     batch.ny[lane] = row.n.y;
     batch.rn1[lane] = row.rn1;
@@ -226,20 +230,20 @@ struct NarrowLanes {
     static V Negate(V a) { return _mm_xor_ps(a, _mm_set1_ps(-0.0f)); }
 
     // A body's first four values (vx, vy, w, massInv) as one row each, turned into columns.
-    static void LoadBodies(const SolverBody* bodies, const uint32_t* index, V& x, V& y, V& w,
+    static void LoadBodies(const SolverBody* bodies, const uint32_t* offset, V& x, V& y, V& w,
                            V& m) {
-        x = _mm_loadu_ps(&bodies[index[0]].velocityChange.x);
-        y = _mm_loadu_ps(&bodies[index[1]].velocityChange.x);
-        w = _mm_loadu_ps(&bodies[index[2]].velocityChange.x);
-        m = _mm_loadu_ps(&bodies[index[3]].velocityChange.x);
+        x = _mm_loadu_ps(BodyAt(bodies, offset[0]));
+        y = _mm_loadu_ps(BodyAt(bodies, offset[1]));
+        w = _mm_loadu_ps(BodyAt(bodies, offset[2]));
+        m = _mm_loadu_ps(BodyAt(bodies, offset[3]));
         _MM_TRANSPOSE4_PS(x, y, w, m);
     }
-    static void StoreBodies(SolverBody* bodies, const uint32_t* index, V x, V y, V w, V m) {
+    static void StoreBodies(SolverBody* bodies, const uint32_t* offset, V x, V y, V w, V m) {
         _MM_TRANSPOSE4_PS(x, y, w, m);
-        _mm_storeu_ps(&bodies[index[0]].velocityChange.x, x);
-        _mm_storeu_ps(&bodies[index[1]].velocityChange.x, y);
-        _mm_storeu_ps(&bodies[index[2]].velocityChange.x, w);
-        _mm_storeu_ps(&bodies[index[3]].velocityChange.x, m);
+        _mm_storeu_ps(BodyAt(bodies, offset[0]), x);
+        _mm_storeu_ps(BodyAt(bodies, offset[1]), y);
+        _mm_storeu_ps(BodyAt(bodies, offset[2]), w);
+        _mm_storeu_ps(BodyAt(bodies, offset[3]), m);
     }
     static void StoreChanges(RowChange* out, V dN, V dT) {
         _mm_storeu_ps(&out[0].deltaN, _mm_unpacklo_ps(dN, dT));
@@ -264,19 +268,19 @@ struct NarrowLanes {
     static V Min(V a, V b) { return a < b ? a : b; }
     static V Negate(V a) { return -a; }
 
-    static void LoadBodies(const SolverBody* bodies, const uint32_t* index, V& x, V& y, V& w,
+    static void LoadBodies(const SolverBody* bodies, const uint32_t* offset, V& x, V& y, V& w,
                            V& m) {
-        const SolverBody& body = bodies[*index];
-        x = body.velocityChange.x;
-        y = body.velocityChange.y;
-        w = body.angularChange;
-        m = body.massInv;
+        const float* body = BodyAt(bodies, *offset);
+        x = body[0];
+        y = body[1];
+        w = body[2];
+        m = body[3];
     }
-    static void StoreBodies(SolverBody* bodies, const uint32_t* index, V x, V y, V w, V) {
-        SolverBody& body = bodies[*index];
-        body.velocityChange.x = x;
-        body.velocityChange.y = y;
-        body.angularChange = w;
+    static void StoreBodies(SolverBody* bodies, const uint32_t* offset, V x, V y, V w, V) {
+        float* body = BodyAt(bodies, *offset);
+        body[0] = x;
+        body[1] = y;
+        body[2] = w;
     }
     static void StoreChanges(RowChange* out, V dN, V dT) { *out = RowChange{dN, dT}; }
 };
@@ -356,10 +360,10 @@ void RowBatches::SweepPart(size_t part, size_t parts, size_t firstLevel, size_t 
         StepWorkers::PartRange(m_levelBatch[level + 1] - m_levelBatch[level], parts, part, from,
                                to);
         for (size_t b = m_levelBatch[level] + from; b < m_levelBatch[level] + to; ++b) {
-            for (uint32_t* slots : {m_batches[b].body0, m_batches[b].body1}) {
+            for (uint32_t* offsets : {m_batches[b].offset0, m_batches[b].offset1}) {
                 for (int lane = 0; lane < kLanes; ++lane) {
-                    if (!Moves(bodies[slots[lane]])) {
-                        slots[lane] = zeros;
+                    if (!Moves(bodies[offsets[lane] / sizeof(SolverBody)])) {
+                        offsets[lane] = OffsetOf(zeros);
                     }
                 }
             }

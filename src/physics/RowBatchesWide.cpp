@@ -35,33 +35,29 @@ struct WideLanes {
         c = _mm256_shuffle_ps(ab1, cd1, _MM_SHUFFLE(1, 0, 1, 0));
         d = _mm256_shuffle_ps(ab1, cd1, _MM_SHUFFLE(3, 2, 3, 2));
     }
-    static const float* At(const SolverBody* bodies, uint32_t i) {
-        return &bodies[i].velocityChange.x;
-    }
-    static float* At(SolverBody* bodies, uint32_t i) { return &bodies[i].velocityChange.x; }
     // Lanes k and k + 4 share a register before the turn.
-    static V Pair(const SolverBody* bodies, const uint32_t* index, int k) {
-        return _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(At(bodies, index[k]))),
-                                    _mm_loadu_ps(At(bodies, index[k + 4])), 1);
+    static V Pair(const SolverBody* bodies, const uint32_t* offset, int k) {
+        return _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(BodyAt(bodies, offset[k]))),
+                                    _mm_loadu_ps(BodyAt(bodies, offset[k + 4])), 1);
     }
-    static void Unpair(SolverBody* bodies, const uint32_t* index, int k, V v) {
-        _mm_storeu_ps(At(bodies, index[k]), _mm256_castps256_ps128(v));
-        _mm_storeu_ps(At(bodies, index[k + 4]), _mm256_extractf128_ps(v, 1));
+    static void Unpair(SolverBody* bodies, const uint32_t* offset, int k, V v) {
+        _mm_storeu_ps(BodyAt(bodies, offset[k]), _mm256_castps256_ps128(v));
+        _mm_storeu_ps(BodyAt(bodies, offset[k + 4]), _mm256_extractf128_ps(v, 1));
     }
-    static void LoadBodies(const SolverBody* bodies, const uint32_t* index, V& x, V& y, V& w,
+    static void LoadBodies(const SolverBody* bodies, const uint32_t* offset, V& x, V& y, V& w,
                            V& m) {
-        x = Pair(bodies, index, 0);
-        y = Pair(bodies, index, 1);
-        w = Pair(bodies, index, 2);
-        m = Pair(bodies, index, 3);
+        x = Pair(bodies, offset, 0);
+        y = Pair(bodies, offset, 1);
+        w = Pair(bodies, offset, 2);
+        m = Pair(bodies, offset, 3);
         Transpose(x, y, w, m);
     }
-    static void StoreBodies(SolverBody* bodies, const uint32_t* index, V x, V y, V w, V m) {
+    static void StoreBodies(SolverBody* bodies, const uint32_t* offset, V x, V y, V w, V m) {
         Transpose(x, y, w, m);
-        Unpair(bodies, index, 0, x);
-        Unpair(bodies, index, 1, y);
-        Unpair(bodies, index, 2, w);
-        Unpair(bodies, index, 3, m);
+        Unpair(bodies, offset, 0, x);
+        Unpair(bodies, offset, 1, y);
+        Unpair(bodies, offset, 2, w);
+        Unpair(bodies, offset, 3, m);
     }
     static void StoreChanges(RowChange* out, V dN, V dT) {
         const V low = _mm256_unpacklo_ps(dN, dT);   // lanes 0, 1 and 4, 5

@@ -9,12 +9,20 @@ namespace physics {
 // One pass of the contact sweep over batches [first, last), written once for any width of
 // vector. Lanes supplies kWidth (a divisor of RowBatch::kLanes), the vector type V and its
 // operations: Load, Store, Add, Sub, Mul, Max, Min, Negate, Zero, LoadBodies,
-// StoreBodies and StoreChanges. Max(a, b) and Min(a, b) must be a > b ? a : b and
-// a < b ? a : b.
+// StoreBodies and StoreChanges; the body functions take the batch's byte offsets. Max(a, b) and
+// Min(a, b) must be a > b ? a : b and a < b ? a : b.
 //
 // The operations are those of Contact::Sweep, one for one and in the same order, so that each
 // lane rounds as the sequential row does. Max(0, x) keeps x's NaN as std::max(x, 0) does;
 // Min likewise.
+// The body at a byte offset into the SolverBody array, as its first value.
+inline float* BodyAt(SolverBody* bodies, uint32_t offset) {
+    return reinterpret_cast<float*>(reinterpret_cast<char*>(bodies) + offset);
+}
+inline const float* BodyAt(const SolverBody* bodies, uint32_t offset) {
+    return reinterpret_cast<const float*>(reinterpret_cast<const char*>(bodies) + offset);
+}
+
 template <class Lanes>
 inline void SweepRowBatches(RowBatch* batches, size_t first, size_t last, SolverBody* bodies,
                             RowChange* changes) {
@@ -26,8 +34,8 @@ inline void SweepRowBatches(RowBatch* batches, size_t first, size_t last, Solver
         RowBatch& batch = batches[b];
         for (int lane = 0; lane < RowBatch::kLanes; lane += kWidth) {
             V v0x, v0y, w0, m0, v1x, v1y, w1, m1;
-            Lanes::LoadBodies(bodies, batch.body0 + lane, v0x, v0y, w0, m0);
-            Lanes::LoadBodies(bodies, batch.body1 + lane, v1x, v1y, w1, m1);
+            Lanes::LoadBodies(bodies, batch.offset0 + lane, v0x, v0y, w0, m0);
+            Lanes::LoadBodies(bodies, batch.offset1 + lane, v1x, v1y, w1, m1);
 
             const V nx = Lanes::Load(batch.nx + lane);
             const V ny = Lanes::Load(batch.ny + lane);
@@ -72,8 +80,8 @@ inline void SweepRowBatches(RowBatch* batches, size_t first, size_t last, Solver
             if (changes) {
                 Lanes::StoreChanges(changes + b * RowBatch::kLanes + lane, dN, dT);
             }
-            Lanes::StoreBodies(bodies, batch.body0 + lane, v0x, v0y, w0, m0);
-            Lanes::StoreBodies(bodies, batch.body1 + lane, v1x, v1y, w1, m1);
+            Lanes::StoreBodies(bodies, batch.offset0 + lane, v0x, v0y, w0, m0);
+            Lanes::StoreBodies(bodies, batch.offset1 + lane, v1x, v1y, w1, m1);
         }
     }
 }

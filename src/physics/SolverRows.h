@@ -52,8 +52,10 @@ struct RowChange {
 struct alignas(16) RowBatch {
     static constexpr int kLanes = 8;
 
-    uint32_t body0[kLanes];
-    uint32_t body1[kLanes];
+    // The rows' bodies as byte offsets into the SolverBody array: the sweep addresses them
+    // without multiplying an index first.
+    uint32_t offset0[kLanes];
+    uint32_t offset1[kLanes];
     math::real nx[kLanes];
     math::real ny[kLanes];
     math::real rn1[kLanes];
