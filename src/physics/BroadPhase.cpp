@@ -9,6 +9,8 @@ namespace {
 // More cells than this and a box is tested against all others instead: a plane-sized box
 // must not fill the grid.
 constexpr int64_t kMaxCellsPerBox = 16;
+// How far the kept boxes reach past the boxes they were made for, by the larger side.
+constexpr float kGrowth = 0.1f;
 
 // floor(v / size), held inside the int range; monotonic in v, which is all that the one
 // reporting cell of a pair relies on. Truncation and a step down is floor without a call.
@@ -52,9 +54,7 @@ void BroadPhase::Within(const std::vector<math::BoundingBox2f>& boxes, PairList&
     m_flags.clear();
     m_anyLeftOut = false;
     TakeFlags(flags, boxes.size());
-    const uint32_t n = static_cast<uint32_t>(boxes.size());
-    Find(n, false, pairs);
-    SortPairs(pairs);
+    Search(static_cast<uint32_t>(boxes.size()), false, pairs);
 }
 
 void BroadPhase::Across(const std::vector<math::BoundingBox2f>& first,
@@ -72,9 +72,59 @@ void BroadPhase::Across(const std::vector<math::BoundingBox2f>& first,
     m_anyLeftOut = false;
     TakeFlags(firstFlags, first.size());
     TakeFlags(secondFlags, second.size());
-    const uint32_t split = static_cast<uint32_t>(first.size());
-    Find(split, true, pairs);
-    SortPairs(pairs);
+    Search(static_cast<uint32_t>(first.size()), true, pairs);
+}
+
+bool BroadPhase::GrownBoxesHold(uint32_t split, bool across) const {
+    if (!m_grownValid || m_grownAcross != across || m_grownSplit != split ||
+        m_grown.size() != m_boxes.size()) {
+        return false;
+    }
+    // A NaN fails the test, and makes the search start over.
+    bool hold = true;
+    for (size_t k = 0; k < m_boxes.size(); ++k) {
+        const math::BoundingBox2f& box = m_boxes[k];
+        const math::BoundingBox2f& grown = m_grown[k];
+        hold &= grown.min.x <= box.min.x && grown.min.y <= box.min.y && box.max.x <= grown.max.x &&
+                box.max.y <= grown.max.y;
+    }
+    return hold;
+}
+
+void BroadPhase::Search(uint32_t split, bool across, PairList& pairs) {
+    if (m_anyLeftOut) {
+        m_grownValid = false;
+        Find(split, across, pairs);
+        SortPairs(pairs);
+        return;
+    }
+    if (!GrownBoxesHold(split, across)) {
+        // Each box grows by a tenth of its larger side. One that does not grow (a point, a
+        // box too far out for the margin to show, one with a NaN) is searched again
+        // whenever it moves.
+        m_grown.resize(m_boxes.size());
+        for (size_t k = 0; k < m_boxes.size(); ++k) {
+            const math::BoundingBox2f& box = m_boxes[k];
+            const float margin = kGrowth * std::max(box.Width(), box.Height());
+            m_grown[k] = box.Expanded(margin >= 0 ? margin : 0);
+        }
+        m_boxes.swap(m_grown);
+        Find(split, across, m_grownPairs);
+        SortPairs(m_grownPairs);
+        m_boxes.swap(m_grown);
+        m_grownValid = true;
+        m_grownAcross = across;
+        m_grownSplit = split;
+    }
+    // Boxes inside their grown boxes overlap only where those do: the pairs are among the
+    // grown boxes' pairs, and keep their order.
+    pairs.clear();
+    const uint32_t offset = across ? split : 0;
+    for (const auto& [a, b] : m_grownPairs) {
+        if (m_boxes[a].Overlaps(m_boxes[b + offset])) {
+            pairs.emplace_back(a, b);
+        }
+    }
 }
 
 void BroadPhase::Report(uint32_t a, uint32_t b, uint32_t split, bool across,

@@ -10,11 +10,16 @@
 namespace physics {
 
 // The pairs of bounding boxes that overlap (touching counts), found through a uniform grid
-// rebuilt for each query. The cells are about the size of an average box, so a pile
+// built for the search. The cells are about the size of an average box, so a pile
 // compares each box with its neighbours only, whichever way the pile stands. A pair is
 // reported by the one cell that holds the lower corner of the overlap, so once. Boxes that
 // would cover too many cells, or are not finite, are tested against every other box.
 // Pairs come sorted by (first, second), the order of the double loop that they replace.
+//
+// Between calls the search keeps the pairs of boxes grown by a margin. While each box of
+// a call of the same kind and size lies inside its grown box, the pairs of the boxes are
+// among those, and are picked out of them without a new search: a pile at rest costs a
+// test per pair. Searches with a box left out of a crowd go through the grid every time.
 //
 // Boxes may carry flags. A box left out of a crowd (see CrowdLimit) pairs only with
 // immovable boxes that are not left out themselves: it takes no place in the cells, and
@@ -53,6 +58,10 @@ private:
 
     // The flags of one list, or none, after those already taken.
     void TakeFlags(const uint8_t* flags, size_t count);
+    // The pairs of m_boxes, through the grown boxes where no box is left out.
+    void Search(uint32_t split, bool across, PairList& pairs);
+    // Whether the grown boxes were made for a call of this kind and still hold m_boxes.
+    bool GrownBoxesHold(uint32_t split, bool across) const;
     // Boxes [0, split) against [split, size) when across, all against all otherwise.
     void Find(uint32_t split, bool across, PairList& pairs);
     // Left-out boxes against the immovable boxes in their cells.
@@ -72,6 +81,13 @@ private:
     util::VectorPOD<uint8_t> m_isLarge;
     util::VectorPOD<uint32_t> m_counts;
     PairList m_scratch;
+
+    // The grown boxes of the last search made through them, and their pairs, sorted.
+    util::VectorPOD<math::BoundingBox2f> m_grown;
+    PairList m_grownPairs;
+    bool m_grownValid = false;
+    bool m_grownAcross = false;
+    uint32_t m_grownSplit = 0;
 };
 
 }  // namespace physics

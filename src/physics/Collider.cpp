@@ -314,7 +314,8 @@ void Collider::Collide(ContactList& contacts) {
             test(contacts, i, j);
         }
     };
-    auto walkWithin = [&](size_t grain, size_t n, const std::vector<math::BoundingBox2f>& bounds,
+    auto walkWithin = [&](BroadPhase& finder, size_t grain, size_t n,
+                          const std::vector<math::BoundingBox2f>& bounds,
                           const util::VectorPOD<uint8_t>& flags, auto test) {
         if (!m_broadPhase) {
             for (size_t i = 0; i < n; ++i) {
@@ -326,11 +327,11 @@ void Collider::Collide(ContactList& contacts) {
         }
         {
             VORRA_PROFILE("Pairs");
-            m_pairFinder.Within(bounds, m_pairs, flagsOf(flags));
+            finder.Within(bounds, m_pairs, flagsOf(flags));
         }
         walkPairs(grain, test);
     };
-    auto walkAcross = [&](size_t grain, size_t n, size_t m,
+    auto walkAcross = [&](BroadPhase& finder, size_t grain, size_t n, size_t m,
                           const std::vector<math::BoundingBox2f>& first,
                           const util::VectorPOD<uint8_t>& firstFlags,
                           const std::vector<math::BoundingBox2f>& second,
@@ -345,50 +346,52 @@ void Collider::Collide(ContactList& contacts) {
         }
         {
             VORRA_PROFILE("Pairs");
-            m_pairFinder.Across(first, second, m_pairs, flagsOf(firstFlags), flagsOf(secondFlags));
+            finder.Across(first, second, m_pairs, flagsOf(firstFlags), flagsOf(secondFlags));
         }
         walkPairs(grain, test);
     };
     {
         VORRA_PROFILE("Polygon-Polygon");
-        walkWithin(kPolygonPairGrain, m_polygons.size(), m_polygonBounds, m_polygonFlags,
-                   [&](ContactList& out, size_t i, size_t j) {
+        walkWithin(m_pairFinders.polygons, kPolygonPairGrain, m_polygons.size(), m_polygonBounds,
+                   m_polygonFlags, [&](ContactList& out, size_t i, size_t j) {
                        CollidePolygonPolygon(out, m_polygons[i], m_polygons[j]);
                    });
     }
     {
         VORRA_PROFILE("Circle-Circle");
-        walkWithin(kOnOneThread, m_circles.size(), m_circleBounds, m_circleFlags,
-                   [&](ContactList& out, size_t i, size_t j) {
+        walkWithin(m_pairFinders.circles, kOnOneThread, m_circles.size(), m_circleBounds,
+                   m_circleFlags, [&](ContactList& out, size_t i, size_t j) {
                        CollideCircleCircle(out, m_circles[i], m_circles[j]);
                    });
     }
     {
         VORRA_PROFILE("Circle-Polygon");
-        walkAcross(kPolygonPairGrain, m_circles.size(), m_polygons.size(), m_circleBounds,
-                   m_circleFlags, m_polygonBounds, m_polygonFlags,
-                   [&](ContactList& out, size_t i, size_t j) {
+        walkAcross(m_pairFinders.circlePolygon, kPolygonPairGrain, m_circles.size(),
+                   m_polygons.size(), m_circleBounds, m_circleFlags, m_polygonBounds,
+                   m_polygonFlags, [&](ContactList& out, size_t i, size_t j) {
                        CollideCirclePolygon(out, m_circles[i], m_polygons[j]);
                    });
     }
     {
         VORRA_PROFILE("Box-Box");
-        walkWithin(kBoxPairGrain, m_boxes.size(), m_boxBounds, m_boxFlags,
+        walkWithin(m_pairFinders.boxes, kBoxPairGrain, m_boxes.size(), m_boxBounds, m_boxFlags,
                    [&](ContactList& out, size_t i, size_t j) {
                        CollideBoxBox(out, m_boxes[i], m_boxes[j]);
                    });
     }
     {
         VORRA_PROFILE("Box-Polygon");
-        walkAcross(kPolygonPairGrain, m_boxes.size(), m_polygons.size(), m_boxBounds, m_boxFlags,
-                   m_polygonBounds, m_polygonFlags, [&](ContactList& out, size_t i, size_t j) {
+        walkAcross(m_pairFinders.boxPolygon, kPolygonPairGrain, m_boxes.size(), m_polygons.size(),
+                   m_boxBounds, m_boxFlags, m_polygonBounds, m_polygonFlags,
+                   [&](ContactList& out, size_t i, size_t j) {
                        CollideBoxPolygon(out, m_boxes[i], m_polygons[j]);
                    });
     }
     {
         VORRA_PROFILE("Box-Circle");
-        walkAcross(kOnOneThread, m_boxes.size(), m_circles.size(), m_boxBounds, m_boxFlags,
-                   m_circleBounds, m_circleFlags, [&](ContactList& out, size_t i, size_t j) {
+        walkAcross(m_pairFinders.boxCircle, kOnOneThread, m_boxes.size(), m_circles.size(),
+                   m_boxBounds, m_boxFlags, m_circleBounds, m_circleFlags,
+                   [&](ContactList& out, size_t i, size_t j) {
                        CollideBoxCircle(out, m_boxes[i], m_circles[j]);
                    });
     }

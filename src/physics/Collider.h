@@ -96,7 +96,16 @@ private:
     std::vector<math::BoundingBox2f> m_polygonBounds;
     std::vector<math::BoundingBox2f> m_circleBounds;
     std::vector<math::BoundingBox2f> m_boxBounds;
-    BroadPhase m_pairFinder;
+    // A pair search for each kind of pair, as each keeps what it found for the next step.
+    struct PairFinders {
+        BroadPhase polygons;
+        BroadPhase circles;
+        BroadPhase circlePolygon;
+        BroadPhase boxes;
+        BroadPhase boxPolygon;
+        BroadPhase boxCircle;
+    };
+    PairFinders m_pairFinders;
     BroadPhase::PairList m_pairs;
     // Each part's contacts and bad-contact count in a parallel walk, kept for the capacity.
     std::vector<ContactList> m_partContacts;

@@ -149,4 +149,41 @@ TEST(BroadPhase, EmptyListsAndSingleBoxesGiveNoPairs) {
     EXPECT_EQ((BroadPhase::PairList{{0, 1}, {0, 2}, {1, 2}}), pairs);
 }
 
+// Searches keep what they found for the next call: boxes that drift a little, jump, blow up
+// or change in number, call after call, still give exactly the overlapping pairs.
+TEST(BroadPhase, RepeatedSearchesFollowMovingBoxes) {
+    BroadPhase within;
+    BroadPhase across;
+    std::mt19937 random(7);
+    std::vector<BoundingBox2f> boxes = MakeBoxes(300, random);
+    std::vector<BoundingBox2f> others = MakeBoxes(80, random);
+    std::uniform_real_distribution<float> drift(-0.02f, 0.02f);
+    std::uniform_int_distribution<int> event(0, 99);
+    std::uniform_int_distribution<size_t> pick(0, 299);
+    for (int call = 0; call < 60; ++call) {
+        for (BoundingBox2f& box : boxes) {
+            const Vec2 move(drift(random), drift(random));
+            box = BoundingBox2f(box.min + move, box.max + move);
+        }
+        const int e = event(random);
+        if (e < 20) {  // one box jumps across the scene
+            BoundingBox2f& box = boxes[pick(random)];
+            box = BoundingBox2f(box.min + Vec2(7, -5), box.max + Vec2(7, -5));
+        } else if (e < 25) {
+            boxes[pick(random)].min.x = std::nanf("");
+        } else if (e < 30) {
+            boxes.push_back(boxes[pick(random)]);
+        }
+        BroadPhase::PairList pairs;
+        within.Within(boxes, pairs);
+        ASSERT_EQ(AllWithin(boxes), pairs) << "call " << call;
+        across.Across(boxes, others, pairs);
+        ASSERT_EQ(AllAcross(boxes, others), pairs) << "call " << call;
+        if (e >= 90) {  // the same finder turned to the other kind of search and back
+            across.Within(others, pairs);
+            ASSERT_EQ(AllWithin(others), pairs) << "call " << call;
+        }
+    }
+}
+
 }  // namespace
