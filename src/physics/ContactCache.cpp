@@ -42,13 +42,14 @@ uint32_t ContactCache::FindSlot(const Key& key) const {
 }
 
 const Contact* ContactCache::Lookup(const Key& key, size_t i, ptrdiff_t& shift) const {
-    // Contacts come in nearly the same order every step, so the cached contact at the last
-    // match's offset is tried before the table; a contact lost or gained since moves the
-    // rest by one. With repeated keys a position may hold a contact that the table would
-    // not give: no guessing then.
+    // Contacts come in nearly the same order every step, so the cached contacts near the
+    // last match's offset are tried before the table: a contact lost or gained since moves
+    // the rest by one, and a pair whose points swap, or that lost one, by two. With
+    // repeated keys a position may hold a contact that the table would not give: no
+    // guessing then.
     if (m_keysUnique) {
         const ptrdiff_t guess = static_cast<ptrdiff_t>(i) + shift;
-        for (const ptrdiff_t at : {guess, guess + 1, guess - 1}) {
+        for (const ptrdiff_t at : {guess, guess + 1, guess - 1, guess + 2, guess - 2}) {
             if (at >= 0 && at < static_cast<ptrdiff_t>(m_keys.size()) && m_keys[at] == key) {
                 shift = at - static_cast<ptrdiff_t>(i);
                 return &m_held[at];
