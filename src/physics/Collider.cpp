@@ -408,11 +408,15 @@ void Collider::CollideWater(ContactList& contacts) {
         VORRA_PROFILE("Creating BB");
         // Each part's box, joined coordinate by coordinate: a NaN coordinate is left out
         // of its own axis only, as in one walk over the list.
+        // The places are copied on the way, for the walks over the particles that follow.
         math::BoundingBox2f parts[StepWorkers::kMaxThreads];
+        m_particlePlaces.resize(m_particles.size());
         StepWorkers::Get().ForParts(m_particles.size(), kParticleGrain,
                                     [&](size_t part, size_t first, size_t last) {
                                         for (size_t i = first; i < last; ++i) {
-                                            parts[part].Add(m_particles[i]->position);
+                                            const Vec2 p = m_particles[i]->position;
+                                            m_particlePlaces[i] = p;
+                                            parts[part].Add(p);
                                         }
                                     });
         for (const math::BoundingBox2f& part : parts) {
@@ -502,14 +506,13 @@ void Collider::WaterAgainst(ContactList& contacts, Geom* geom, const math::Bound
     InParts(contacts, m_particles.size(), kParticleGrain,
             [&](ContactList& out, size_t first, size_t last) {
                 for (size_t k = first; k < last; ++k) {
-                    Particle* particle = m_particles[k];
-                    const Vec2& p = particle->position;
+                    const Vec2& p = m_particlePlaces[k];
                     if (!reach.Contains(p)) {
                         continue;
                     }
                     const float d = geom->Dist(p);
                     if (d < margin) {
-                        AddContact(out, geom, &particle->GetGeom(), 0, p, geom->Normal(p),
+                        AddContact(out, geom, &m_particles[k]->GetGeom(), 0, p, geom->Normal(p),
                                    margin - d);
                     }
                 }

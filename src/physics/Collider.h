@@ -90,6 +90,7 @@ private:
     std::vector<CircleEntry> m_circles;
     std::vector<Box*> m_boxes;
     std::vector<Particle*> m_particles;
+    util::VectorPOD<math::Vec2> m_particlePlaces;  // of m_particles, alike indexed
     float m_particleMargin = 0;
 
     // Per list, boxes that contain every place where that shape can touch another.
