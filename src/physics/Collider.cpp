@@ -407,8 +407,8 @@ void Collider::CollideWater(ContactList& contacts) {
     {
         VORRA_PROFILE("Creating BB");
         // Each part's box, joined coordinate by coordinate: a NaN coordinate is left out
-        // of its own axis only, as in one walk over the list.
-        // The places are copied on the way, for the walks over the particles that follow.
+        // of its own axis only, as in one walk over the list. The places are copied on the
+        // way, for the walks over the particles that follow.
         math::BoundingBox2f parts[StepWorkers::kMaxThreads];
         m_particlePlaces.resize(m_particles.size());
         StepWorkers::Get().ForParts(m_particles.size(), kParticleGrain,
