@@ -449,7 +449,7 @@ std::string Split(const Scene& scene, const std::vector<BodyPtr>& bodies) {
     const double collide = NodeTotal(root, "Finding contacts") * perStep;
     const double cache =
         (NodeTotal(root, "Matching cache") + NodeTotal(root, "Update cache")) * perStep;
-    const double solver = NodeTotal(root, "RunSolver") * perStep;
+    const double solver = NodeTotal(root, "Solve") * perStep;
     const double neighbours = NodeTotal(root, "FindNeighbors") * perStep;
     const double fluidForces = NodeTotal(root, "CalcSPHForces") * perStep;
     const double smoothing = NodeTotal(root, "SPH vel-smoothing") * perStep;

@@ -619,7 +619,7 @@ void Simulation::Solve() {
     for (Contact& contact : m_contactCache.GetContacts()) {
         m_constraints.push_back(&contact);
     }
-    VORRA_PROFILE("RunSolver");
+    VORRA_PROFILE("Solve");
     SolveConstraints(m_allBodies, m_constraints, GetSolverSettings());
 }
 
