@@ -400,6 +400,11 @@ void Simulation::Step(bool simulate) {
         CalcForces();
     }
     CalcContacts();
+    const bool isRunning = running->Get();
+    const auto clearForces = [](AbstractBody* body) {
+        body->force = Vec2(0, 0);
+        body->torque = 0;
+    };
     if (simulate) {
         // The passes over the bodies around the solve are joined: each body's own values
         // only, in the same order.
@@ -421,18 +426,17 @@ void Simulation::Step(bool simulate) {
                 ApplyVelocityChange(*body);
                 IntegrateVelocity(*body, afterSolve);
                 IntegratePosition(*body, h);
+                // The forces are spent; a running step clears them for the next.
+                if (isRunning) {
+                    clearForces(body);
+                }
             });
         }
         if (m_fluidStepped) {
             SPH::Get().SmoothVelocities();
         }
-    }
-    const bool isRunning = running->Get();
-    if (isRunning) {
-        StepWorkers::Get().ForEach(m_allBodies, kBodyGrain, [](AbstractBody* body) {
-            body->force = Vec2(0, 0);
-            body->torque = 0;
-        });
+    } else if (isRunning) {
+        StepWorkers::Get().ForEach(m_allBodies, kBodyGrain, clearForces);
     }
     m_stepCallbacks.CallAll(isRunning ? h : 0.0f);
 }
