@@ -21,22 +21,22 @@ public:
         explicit ParticleGeom(math::real radius) : Circular(radius) {}
     };
 
-    // Another particle within the kernel radius: its slot in the fluid's step, its
-    // distance and the difference vector toward it (not a unit vector). Sixteen bytes: the
-    // fluid's passes stream millions of them a step.
+    // Another particle within the kernel radius: its slot in the fluid's step and its
+    // distance. Eight bytes: the fluid's passes stream millions of them a step.
     struct Neighbour {
         uint32_t slot;
         math::real distance;
-        math::Vec2 delta;
     };
 
     // A particle's neighbours as the fluid's last step found them, in a store of the
-    // fluid's, with the particles by slot: valid until its next step.
+    // fluid's, with the particles and the places they had then by slot: valid until its
+    // next step.
     class NeighbourList {
     public:
         NeighbourList() = default;
-        NeighbourList(const Neighbour* first, const Neighbour* last, Particle* const* bySlot)
-            : m_first(first), m_last(last), m_bySlot(bySlot) {}
+        NeighbourList(const Neighbour* first, const Neighbour* last, Particle* const* bySlot,
+                      const math::real* xs, const math::real* ys)
+            : m_first(first), m_last(last), m_bySlot(bySlot), m_xs(xs), m_ys(ys) {}
         const Neighbour* begin() const { return m_first; }
         const Neighbour* end() const { return m_last; }
         size_t size() const { return static_cast<size_t>(m_last - m_first); }
@@ -44,11 +44,19 @@ public:
         const Neighbour& operator[](size_t i) const { return m_first[i]; }
         // The particle of an entry of this list.
         Particle* Other(const Neighbour& entry) const { return m_bySlot[entry.slot]; }
+        // The vector from this list's particle to an entry's (not a unit vector), from the
+        // places the lists were found at. The first entry is the particle itself.
+        math::Vec2 Delta(const Neighbour& entry) const {
+            const uint32_t own = m_first->slot;
+            return {m_xs[entry.slot] - m_xs[own], m_ys[entry.slot] - m_ys[own]};
+        }
 
     private:
         const Neighbour* m_first = nullptr;
         const Neighbour* m_last = nullptr;
         Particle* const* m_bySlot = nullptr;
+        const math::real* m_xs = nullptr;
+        const math::real* m_ys = nullptr;
     };
 
     // Takes its radius, density and material from the fluid's settings.

@@ -329,6 +329,19 @@ void Prefetch(Particle* const* members, size_t slot, size_t last) {
     }
 }
 
+// For a loop that also sets the particles' geoms: the geom is found through its particle,
+// so the particle is asked for twice as far ahead.
+void PrefetchWithGeoms(Particle* const* members, size_t slot, size_t last) {
+    if (slot + 2 * kAhead < last) {
+        const Particle* ahead = members[slot + 2 * kAhead];
+        __builtin_prefetch(&ahead->force);
+        __builtin_prefetch(&ahead->tension);
+    }
+    if (slot + kAhead < last) {
+        __builtin_prefetch(&members[slot + kAhead]->GetGeom().friction);
+    }
+}
+
 #ifdef __SSE2__
 // Four lists side by side, those of four slots in a row, for loops that take a particle in
 // each lane: each lane runs through its own list in order, so that its sums are the ones
@@ -490,23 +503,10 @@ void SPH::Update(const ParticleList& particles, real dt) {
     for (size_t k = 0; k < particles.size(); ++k) {
         m_particles[k] = particles[k].Get();
     }
-    {
-        VORRA_PROFILE("Update rad/density");
-        const real r = radius->Get();
-        const real rho = density->Get();
-        const real mu = friction->Get();
-        const real e = restitution->Get();
-        m_mass = math::Pi * r * r * rho;
-        StepWorkers::Get().ForParts(m_particles.size(), kParticleGrain,
-                                    [&](size_t, size_t first, size_t last) {
-                                        for (size_t k = first; k < last; ++k) {
-                                            m_particles[k]->SetProps(r, rho, mu, e);
-                                        }
-                                    });
-    }
+    const real r = radius->Get();
+    m_mass = math::Pi * r * r * density->Get();
     FindNeighbors();
-    CalcSPHForces();
-    Evaporate(dt);
+    CalcSPHForces({r, density->Get(), friction->Get(), restitution->Get()}, dt);
     Jitter();
     PublishStatistics();
 }
@@ -744,8 +744,8 @@ void SPH::BuildLists(size_t parts, bool ranked) {
         // The expressions of the test, so the same bits.
         const Vec2 delta(xs[pair.j] - xs[pair.i], ys[pair.j] - ys[pair.i]);
         const real distance = std::sqrt(delta.x * delta.x + delta.y * delta.y);
-        entries[starts[pair.i] + atI] = {pair.j, distance, delta};
-        entries[starts[pair.j] + atJ] = {pair.i, distance, -delta};
+        entries[starts[pair.i] + atI] = {pair.j, distance};
+        entries[starts[pair.j] + atJ] = {pair.i, distance};
     };
     StepWorkers& workers = StepWorkers::Get();
     workers.ForParts(parts, 1, [&](size_t, size_t first, size_t last) {
@@ -766,7 +766,7 @@ void SPH::BuildLists(size_t parts, bool ranked) {
     // The particles are given their lists with their densities, which touch them anyway.
     workers.ForParts(count, kParticleGrain, [&](size_t, size_t first, size_t last) {
         for (size_t slot = first; slot < last; ++slot) {
-            entries[starts[slot]] = {static_cast<uint32_t>(slot), 0, {0, 0}};
+            entries[starts[slot]] = {static_cast<uint32_t>(slot), 0};
         }
     });
 }
@@ -791,7 +791,7 @@ void SPH::ReportPileUp(size_t leftOut, uint32_t listCap) {
     m_fullListsLogged = full > 0;
 }
 
-void SPH::CalcSPHForces() {
+void SPH::CalcSPHForces(const ParticleMaterial& material, real dt) {
     VORRA_PROFILE("CalcSPHForces");
     m_h = GetKernelRadius();
     // The three-dimensional normalisations, kept in two dimensions.
@@ -801,8 +801,13 @@ void SPH::CalcSPHForces() {
 
     // The neighbours' state is read by slot from arrays in slot order, which keeps the
     // reads close together; each particle's sums still run in its list's order. Each
-    // particle is computed on its own, first the densities of all, then the forces.
+    // particle is computed on its own, first the densities of all, then the forces. The
+    // vector toward a neighbour is taken from the places of the search by slot: the
+    // difference either way round is the same number but for the sign of a zero, which
+    // no sum sees, as a sum that starts at +0 is never -0.
     const size_t count = m_particles.size();
+    const real* xs = m_hash.Xs();
+    const real* ys = m_hash.Ys();
     m_slotDensity.resize(count);
     m_slotPressure.resize(count);
     m_slotVelocity.resize(count);
@@ -813,10 +818,16 @@ void SPH::CalcSPHForces() {
     const real m = m_mass;
     const real c = soundSpeed->Get();
     const real restDensity = density->Get();
+    // The pass that gives the particles their densities also gives them the fluid's
+    // material and ages those with fewer than two in their list: each touches them anyway.
     const auto setDensity = [&](size_t slot, real sum) {
         Particle& particle = *members[slot];
-        particle.neighbours =
-            Particle::NeighbourList(entries + starts[slot], entries + starts[slot + 1], members);
+        particle.SetProps(material.radius, material.density, material.friction,
+                          material.restitution);
+        const uint32_t listed = starts[slot + 1] - starts[slot];
+        particle.age = listed < 2 ? particle.age + dt : 0;
+        particle.neighbours = Particle::NeighbourList(entries + starts[slot],
+                                                      entries + starts[slot + 1], members, xs, ys);
         particle.density = m * sum;
         // A linear equation of state; below the rest density the pressure pulls.
         particle.pressure = c * c * (particle.density - restDensity);
@@ -826,7 +837,7 @@ void SPH::CalcSPHForces() {
     };
     workers.ForParts(count, kParticleGrain, [&](size_t, size_t first, size_t last) {
         for (size_t slot = first; slot < last; ++slot) {
-            Prefetch(members, slot, last);
+            PrefetchWithGeoms(members, slot, last);
             real sum = 0;
             ForEachWeight(entries + starts[slot], starts[slot + 1] - starts[slot],
                           [&](const Particle::Neighbour&, real w) { sum += w; });
@@ -862,6 +873,8 @@ void SPH::CalcSPHForces() {
             // The scalar arithmetic below, lane by lane.
             const __m128 rhoI = _mm_loadu_ps(slotDensity + slot);
             const __m128 pI = _mm_loadu_ps(slotPressure + slot);
+            const __m128 xI = _mm_loadu_ps(xs + slot);
+            const __m128 yI = _mm_loadu_ps(ys + slot);
             const __m128 vIx = _mm_setr_ps(slotVelocity[slot].x, slotVelocity[slot + 1].x,
                                            slotVelocity[slot + 2].x, slotVelocity[slot + 3].x);
             const __m128 vIy = _mm_setr_ps(slotVelocity[slot].y, slotVelocity[slot + 1].y,
@@ -884,8 +897,10 @@ void SPH::CalcSPHForces() {
                 const __m128 pJ = _mm_setr_ps(slotPressure[n0.slot], slotPressure[n1.slot],
                                               slotPressure[n2.slot], slotPressure[n3.slot]);
                 const __m128 d = _mm_setr_ps(n0.distance, n1.distance, n2.distance, n3.distance);
-                const __m128 dx = _mm_setr_ps(n0.delta.x, n1.delta.x, n2.delta.x, n3.delta.x);
-                const __m128 dy = _mm_setr_ps(n0.delta.y, n1.delta.y, n2.delta.y, n3.delta.y);
+                const __m128 dx =
+                    _mm_sub_ps(_mm_setr_ps(xs[n0.slot], xs[n1.slot], xs[n2.slot], xs[n3.slot]), xI);
+                const __m128 dy =
+                    _mm_sub_ps(_mm_setr_ps(ys[n0.slot], ys[n1.slot], ys[n2.slot], ys[n3.slot]), yI);
                 const __m128 vJx = _mm_setr_ps(slotVelocity[n0.slot].x, slotVelocity[n1.slot].x,
                                                slotVelocity[n2.slot].x, slotVelocity[n3.slot].x);
                 const __m128 vJy = _mm_setr_ps(slotVelocity[n0.slot].y, slotVelocity[n1.slot].y,
@@ -944,36 +959,13 @@ void SPH::CalcSPHForces() {
                 const real t = special ? (pI + pJ) / (2 * rhoI * rhoJ)
                                        : pJ / (rhoJ * rhoJ) + pI / (rhoI * rhoI);
                 const real g = Gradient(n->distance);
-                pressureSum += g * n->delta * t;
-                tensionSum += g * n->delta / rhoJ;
+                const Vec2 delta(xs[n->slot] - xs[slot], ys[n->slot] - ys[slot]);
+                pressureSum += g * delta * t;
+                tensionSum += g * delta / rhoJ;
                 viscositySum +=
                     (slotVelocity[n->slot] - vI) * Laplacian(n->distance) / (rhoJ * rhoI);
             }
             addForce(slot, pressureSum, tensionSum, viscositySum);
-        }
-    });
-}
-
-void SPH::Evaporate(real dt) {
-    VORRA_PROFILE("Evaporation");
-    // Each particle on its own. The values that the statistics sum are gathered on the way,
-    // so that the sums, which keep list order, read plain arrays.
-    const size_t count = m_particles.size();
-    m_listedOf.resize(count);
-    m_pressureOf.resize(count);
-    m_densityOf.resize(count);
-    StepWorkers::Get().ForParts(count, kParticleGrain, [&](size_t, size_t first, size_t last) {
-        for (size_t k = first; k < last; ++k) {
-            Particle* particle = m_particles[k];
-            const size_t listed = particle->neighbours.size();
-            if (listed < 2) {
-                particle->age += dt;
-            } else {
-                particle->age = 0;
-            }
-            m_listedOf[k] = static_cast<uint32_t>(listed);
-            m_pressureOf[k] = particle->pressure;
-            m_densityOf[k] = particle->density;
         }
     });
 }
@@ -1016,11 +1008,13 @@ void SPH::PublishStatistics() {
     double neighbours = 0;
     double pressure = 0;
     double densitySum = 0;
-    // As Evaporate gathered them, nothing having changed them since.
+    // Summed in list order, from the copies by slot that the forces read.
+    const uint32_t* starts = m_listStart.data();
     for (size_t k = 0; k < m_particles.size(); ++k) {
-        neighbours += static_cast<double>(m_listedOf[k]);
-        pressure += m_pressureOf[k];
-        densitySum += m_densityOf[k];
+        const uint32_t slot = m_hash.SlotOf(k);
+        neighbours += static_cast<double>(starts[slot + 1] - starts[slot]);
+        pressure += m_slotPressure[slot];
+        densitySum += m_slotDensity[slot];
     }
     const double count = static_cast<double>(m_particles.size());
     SetConstant("AVG_neighCount", static_cast<float>(neighbours / count));

@@ -162,12 +162,18 @@ private:
     // Logs once when the caps begin to act, and again after they stopped.
     void ReportPileUp(size_t leftOut, uint32_t listCap);
     static uint32_t CapOf(double scaled);
-    void CalcSPHForces();
-    // Ages the particles with fewer than two in their list, and gathers what the statistics
-    // read.
-    void Evaporate(math::real dt);
+    // What each particle takes from the fluid's settings at every update.
+    struct ParticleMaterial {
+        math::real radius;
+        math::real density;
+        math::real friction;
+        math::real restitution;
+    };
+    // Also gives the particles their material, and ages those that have fewer than two in
+    // their list by dt.
+    void CalcSPHForces(const ParticleMaterial& material, math::real dt);
     void Jitter();
-    // After Evaporate, within the same update.
+    // After the forces, within the same update.
     void PublishStatistics();
     // A standard normal number; Box-Muller gives them in pairs, the second kept.
     math::real NextNormal();
@@ -185,10 +191,6 @@ private:
     util::VectorPOD<math::real> m_slotDensity;
     util::VectorPOD<math::real> m_slotPressure;
     util::VectorPOD<math::Vec2> m_slotVelocity;
-    // Per particle in list order, for the statistics.
-    util::VectorPOD<uint32_t> m_listedOf;
-    util::VectorPOD<math::real> m_pressureOf;
-    util::VectorPOD<math::real> m_densityOf;
     ParticleHash m_hash;
     util::Random m_random;
     math::real m_spareNormal = 0;

@@ -92,8 +92,8 @@ TEST_F(SPHTest, ParticlesMeetJustInsideTheKernelRadius) {
     ASSERT_EQ(a->neighbours.size(), 2u);
     ASSERT_EQ(b->neighbours.size(), 2u);
     EXPECT_EQ(a->neighbours.Other(a->neighbours[1]), b.Get());
-    EXPECT_EQ(a->neighbours[1].delta, Vec2(0.999f * h, 0));
-    EXPECT_EQ(b->neighbours[1].delta, Vec2(-0.999f * h, 0));
+    EXPECT_EQ(a->neighbours.Delta(a->neighbours[1]), Vec2(0.999f * h, 0));
+    EXPECT_EQ(b->neighbours.Delta(b->neighbours[1]), Vec2(-0.999f * h, 0));
     EXPECT_FLOAT_EQ(a->neighbours[1].distance, 0.999f * h);
     // Positive pressure pushes them apart, equally.
     EXPECT_LT(a->force.x, 0);
@@ -123,7 +123,7 @@ TEST_F(SPHTest, NeighbourListsHoldExactlyThePairsWithinTheKernelRadius) {
             std::vector<const Particle*> listed;
             for (size_t k = 1; k < p->neighbours.size(); ++k) {
                 const Particle::Neighbour& n = p->neighbours[k];
-                EXPECT_EQ(n.delta, p->neighbours.Other(n)->position - p->position);
+                EXPECT_EQ(p->neighbours.Delta(n), p->neighbours.Other(n)->position - p->position);
                 listed.push_back(p->neighbours.Other(n));
             }
             std::vector<const Particle*> expected;
@@ -351,8 +351,9 @@ TEST_F(SPHTest, AnyNumberOfThreadsGivesTheSameBits) {
                                            p->velocity.y, p->force.x, p->force.y, p->density,
                                            p->pressure, p->tension.x, p->tension.y});
                 for (const Particle::Neighbour& n : p->neighbours) {
+                    const Vec2 delta = p->neighbours.Delta(n);
                     state.insert(state.end(),
-                                 {static_cast<float>(n.slot), n.distance, n.delta.x, n.delta.y});
+                                 {static_cast<float>(n.slot), n.distance, delta.x, delta.y});
                 }
             }
             workers.SplitEverything(split);
