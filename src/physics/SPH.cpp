@@ -868,7 +868,9 @@ void SPH::CalcSPHForces(const ParticleMaterial& material, real dt) {
         const __m128 vH = _mm_set1_ps(m_h);
         const __m128 vK = _mm_set1_ps(45 * m_k2);
         for (; slot + 4 <= last; slot += 4) {
-            Prefetch(members, slot, last);
+            for (size_t lane = 0; lane < 4; ++lane) {
+                Prefetch(members, slot + lane, last);
+            }
             const Lanes lanes(entries, starts, slot);
             // The scalar arithmetic below, lane by lane.
             const __m128 rhoI = _mm_loadu_ps(slotDensity + slot);
