@@ -1,5 +1,8 @@
 #include "physics/Particle.h"
 
+#include <bit>
+#include <cstdint>
+
 #include "math/MathUtil.h"
 #include "physics/SPH.h"
 #include "physics/Transform.h"
@@ -10,6 +13,8 @@ Particle::Particle(const math::Vec2& position, const math::Vec2& velocity) {
     const SPH& fluid = SPH::Get();
     m_geom = util::SharedPtr<ParticleGeom>(new ParticleGeom(fluid.radius->Get()));
     m_geom->SetOwner(this);
+    m_geomFriction = m_geom->friction;
+    m_geomRestitution = m_geom->restitution;
     this->position = position;
     this->velocity = velocity;
     SetProps(fluid.radius->Get(), fluid.density->Get(), fluid.friction->Get(),
@@ -29,8 +34,12 @@ void Particle::SetProps(math::real radius, math::real density, math::real fricti
     m_inertia = m_mass;
     m_massInv = 1 / m_mass;
     m_inertiaInv = 1 / m_inertia;
-    m_geom->friction = friction;
-    m_geom->restitution = restitution;
+    // Bit by bit, so that even a zero's sign is passed on.
+    if (std::bit_cast<uint32_t>(friction) != std::bit_cast<uint32_t>(m_geomFriction) ||
+        std::bit_cast<uint32_t>(restitution) != std::bit_cast<uint32_t>(m_geomRestitution)) {
+        m_geom->friction = m_geomFriction = friction;
+        m_geom->restitution = m_geomRestitution = restitution;
+    }
 }
 
 void Particle::UpdateTransforms() {

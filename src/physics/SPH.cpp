@@ -329,19 +329,6 @@ void Prefetch(Particle* const* members, size_t slot, size_t last) {
     }
 }
 
-// For a loop that also sets the particles' geoms: the geom is found through its particle,
-// so the particle is asked for twice as far ahead.
-void PrefetchWithGeoms(Particle* const* members, size_t slot, size_t last) {
-    if (slot + 2 * kAhead < last) {
-        const Particle* ahead = members[slot + 2 * kAhead];
-        __builtin_prefetch(&ahead->force);
-        __builtin_prefetch(&ahead->tension);
-    }
-    if (slot + kAhead < last) {
-        __builtin_prefetch(&members[slot + kAhead]->GetGeom().friction);
-    }
-}
-
 #ifdef __SSE2__
 // Four lists side by side, those of four slots in a row, for loops that take a particle in
 // each lane: each lane runs through its own list in order, so that its sums are the ones
@@ -837,7 +824,7 @@ void SPH::CalcSPHForces(const ParticleMaterial& material, real dt) {
     };
     workers.ForParts(count, kParticleGrain, [&](size_t, size_t first, size_t last) {
         for (size_t slot = first; slot < last; ++slot) {
-            PrefetchWithGeoms(members, slot, last);
+            Prefetch(members, slot, last);
             real sum = 0;
             ForEachWeight(entries + starts[slot], starts[slot + 1] - starts[slot],
                           [&](const Particle::Neighbour&, real w) { sum += w; });
