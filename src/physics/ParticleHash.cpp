@@ -58,6 +58,15 @@ size_t ParticleHash::BucketOf(const Key& key) const {
 }
 
 const ParticleHash::Cell* ParticleHash::Find(const Key& key) const {
+    if (!m_grid.empty()) {
+        const int64_t x = int64_t{key.x} - m_gridOrigin.x;
+        const int64_t y = int64_t{key.y} - m_gridOrigin.y;
+        if (x < 0 || y < 0 || x >= m_gridWidth || y >= m_gridHeight) {
+            return nullptr;
+        }
+        const uint32_t index = m_grid[static_cast<size_t>(y * m_gridWidth + x)];
+        return index == kNoCell ? nullptr : &m_cells[index];
+    }
     for (uint32_t index : m_buckets[BucketOf(key)]) {
         if (m_cells[index].key == key) {
             return &m_cells[index];
@@ -101,6 +110,37 @@ void ParticleHash::Grow() {
     m_buckets.swap(m_spareBuckets);
     m_used.swap(m_spareUsed);
     m_bucketFactor = spareFactor;
+}
+
+void ParticleHash::BuildGrid() {
+    m_grid.clear();
+    if (m_cells.empty()) {
+        return;
+    }
+    Key low = m_cells[0].key;
+    Key high = low;
+    for (const Cell& cell : m_cells) {
+        low.x = std::min(low.x, cell.key.x);
+        low.y = std::min(low.y, cell.key.y);
+        high.x = std::max(high.x, cell.key.x);
+        high.y = std::max(high.y, cell.key.y);
+    }
+    const int64_t width = int64_t{high.x} - low.x + 1;
+    const int64_t height = int64_t{high.y} - low.y + 1;
+    // A body of water fills much of its rectangle; drops strewn far apart keep to the table.
+    const int64_t limit = 4 * static_cast<int64_t>(m_cells.size()) + 4096;
+    if (width > limit || height > limit || width * height > limit) {
+        return;
+    }
+    m_gridOrigin = low;
+    m_gridWidth = width;
+    m_gridHeight = height;
+    m_grid.resize(static_cast<size_t>(width * height));
+    std::fill(m_grid.begin(), m_grid.end(), kNoCell);
+    for (uint32_t index = 0; index < m_cells.size(); ++index) {
+        const Key& key = m_cells[index].key;
+        m_grid[static_cast<size_t>((key.y - low.y) * width + (key.x - low.x))] = index;
+    }
 }
 
 void ParticleHash::Build(Particle* const* particles, size_t count, math::real cellSize) {
@@ -177,6 +217,7 @@ void ParticleHash::Build(Particle* const* particles, size_t count, math::real ce
             cell.maxY = at.y;
         }
     }
+    BuildGrid();
     m_tableOrder.resize(m_cells.size());
     size_t position = 0;
     ForEachUsedBucket([&](size_t at) {

@@ -82,6 +82,9 @@ private:
     size_t BucketOf(const Key& key) const;
     uint32_t CellIndex(const Key& key);
     void Grow();
+    // The cells' indices in a plain array over the keys' bounding rectangle, where that is
+    // not much larger than the cells themselves, for Find.
+    void BuildGrid();
 
     // Calls visit(bucket) for each bucket that has held a cell since the last build, in
     // ascending order: all others are empty.
@@ -101,6 +104,14 @@ private:
     util::VectorPOD<uint64_t> m_used;
     util::VectorPOD<uint64_t> m_spareUsed;
     std::vector<Cell> m_cells;
+    // The cells' indices by key, row by row from m_gridOrigin, kNoCell where no cell is:
+    // finding a neighbouring cell there takes no hashing and one look. Empty where the
+    // cells lie too far apart for it.
+    static constexpr uint32_t kNoCell = ~0u;
+    util::VectorPOD<uint32_t> m_grid;
+    Key m_gridOrigin{0, 0};
+    int64_t m_gridWidth = 0;
+    int64_t m_gridHeight = 0;
     util::VectorPOD<uint32_t> m_tableOrder;
     // Each particle's cell while the cells fill, then its slot.
     util::VectorPOD<uint32_t> m_slotOfParticle;

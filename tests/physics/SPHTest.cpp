@@ -191,6 +191,42 @@ TEST_F(SPHTest, HashCellsTruncateTowardZeroAndTheTableKeepsItsSize) {
     }
 }
 
+// A key finds its own cell or none, around every cell: where the cells lie close enough
+// to be looked up on a grid, and where one far drop leaves every look-up to the table.
+TEST_F(SPHTest, HashFindsCellsByKeyNearAndFar) {
+    util::Random random(5);
+    std::vector<ParticlePtr> held;
+    std::vector<Particle*> particles;
+    for (int i = 0; i < 300; ++i) {
+        held.emplace_back(
+            new Particle(Vec2(random.GetUniform(-2, 2), random.GetUniform(-1, 3)), {0, 0}));
+        particles.push_back(held.back().Get());
+    }
+    ParticleHash hash;
+    for (const bool strewn : {false, true}) {
+        if (strewn) {
+            held.emplace_back(new Particle(Vec2(1e30f, -1e30f), {0, 0}));
+            particles.push_back(held.back().Get());
+        }
+        hash.Build(particles.data(), particles.size(), 0.2f);
+        std::vector<const ParticleHash::Cell*> cells;
+        hash.ForEachCell([&](const ParticleHash::Cell& cell) { cells.push_back(&cell); });
+        ASSERT_GT(cells.size(), 50u);
+        for (const ParticleHash::Cell* cell : cells) {
+            for (int dy = -2; dy <= 2; ++dy) {
+                for (int dx = -2; dx <= 2; ++dx) {
+                    const ParticleHash::Key key = cell->key + ParticleHash::Key(dx, dy);
+                    const ParticleHash::Cell* expected = nullptr;
+                    for (const ParticleHash::Cell* other : cells) {
+                        expected = other->key == key ? other : expected;
+                    }
+                    ASSERT_EQ(hash.Find(key), expected) << key.x << ", " << key.y;
+                }
+            }
+        }
+    }
+}
+
 // A lone particle feels no fluid force, so its force is its jitter alone: m jitter (n2, n1).
 TEST_F(SPHTest, JitterDrawsStandardNormalsOnlyWhenAsked) {
     std::vector<ParticlePtr> lone;
