@@ -39,9 +39,11 @@ constexpr size_t kMinPairBudget = 4096;
 // The candidates from first to last of xs and ys (readable four past last) whose squared
 // distance from (xi, yi) is below reach, in their order, into hits, which has room for
 // three more. Four candidates are tested at once; their arithmetic is the scalar one, lane
-// by lane, so the distances that the lists compute again are the same bits.
-uint32_t FindHits(real xi, real yi, const real* xs, const real* ys, uint32_t first, uint32_t last,
-                  real reach, uint32_t* hits) {
+// by lane, so the distances that the lists compute again are the same bits. Inlined into
+// the search: for cells of a few members the call costs about as much as the tests.
+[[gnu::always_inline]] inline uint32_t FindHits(real xi, real yi, const real* xs, const real* ys,
+                                                uint32_t first, uint32_t last, real reach,
+                                                uint32_t* hits) {
     uint32_t count = 0;
 #ifdef __SSE2__
     static_assert(ParticleHash::kPadding >= 4);
