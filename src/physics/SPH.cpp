@@ -905,21 +905,21 @@ void SPH::CalcSPHForces(const ParticleMaterial& material, real dt) {
                 const __m128 gx = _mm_mul_ps(g, dx);
                 const __m128 gy = _mm_mul_ps(g, dy);
                 const __m128 rhoJI = _mm_mul_ps(rhoJ, rhoI);
+                // A lane past its list adds +0, which leaves its sum as it is: a sum that
+                // starts at +0 is never -0. The masks stay off the sums' chains.
                 const __m128 active = lanes.Active(k);
-                pressureX = Select(active, _mm_add_ps(pressureX, _mm_mul_ps(gx, t)), pressureX);
-                pressureY = Select(active, _mm_add_ps(pressureY, _mm_mul_ps(gy, t)), pressureY);
-                tensionX = Select(active, _mm_add_ps(tensionX, _mm_div_ps(gx, rhoJ)), tensionX);
-                tensionY = Select(active, _mm_add_ps(tensionY, _mm_div_ps(gy, rhoJ)), tensionY);
-                viscosityX = Select(
-                    active,
-                    _mm_add_ps(viscosityX,
-                               _mm_div_ps(_mm_mul_ps(_mm_sub_ps(vJx, vIx), laplacian), rhoJI)),
-                    viscosityX);
-                viscosityY = Select(
-                    active,
-                    _mm_add_ps(viscosityY,
-                               _mm_div_ps(_mm_mul_ps(_mm_sub_ps(vJy, vIy), laplacian), rhoJI)),
-                    viscosityY);
+                pressureX = _mm_add_ps(pressureX, _mm_and_ps(active, _mm_mul_ps(gx, t)));
+                pressureY = _mm_add_ps(pressureY, _mm_and_ps(active, _mm_mul_ps(gy, t)));
+                tensionX = _mm_add_ps(tensionX, _mm_and_ps(active, _mm_div_ps(gx, rhoJ)));
+                tensionY = _mm_add_ps(tensionY, _mm_and_ps(active, _mm_div_ps(gy, rhoJ)));
+                viscosityX = _mm_add_ps(
+                    viscosityX,
+                    _mm_and_ps(active,
+                               _mm_div_ps(_mm_mul_ps(_mm_sub_ps(vJx, vIx), laplacian), rhoJI)));
+                viscosityY = _mm_add_ps(
+                    viscosityY,
+                    _mm_and_ps(active,
+                               _mm_div_ps(_mm_mul_ps(_mm_sub_ps(vJy, vIy), laplacian), rhoJI)));
             }
             alignas(16) float sums[6][4];
             _mm_store_ps(sums[0], pressureX);
