@@ -152,6 +152,7 @@ void Collider::AssignBodies(const BodyList& bodies, const ParticleList& particle
     m_circles.clear();
     m_boxes.clear();
     m_particles.clear();
+    m_knownPlaces = nullptr;
     m_particleMargin = static_cast<float>(0.1L * SPH::Get().radius->Get());
     for (const ParticlePtr& particle : particles) {
         m_particles.push_back(particle.Get());
@@ -410,15 +411,26 @@ void Collider::CollideWater(ContactList& contacts) {
         // of its own axis only, as in one walk over the list. The places are copied on the
         // way, for the walks over the particles that follow.
         math::BoundingBox2f parts[StepWorkers::kMaxThreads];
-        m_particlePlaces.resize(m_particles.size());
-        StepWorkers::Get().ForParts(m_particles.size(), kParticleGrain,
-                                    [&](size_t part, size_t first, size_t last) {
-                                        for (size_t i = first; i < last; ++i) {
-                                            const Vec2 p = m_particles[i]->position;
-                                            m_particlePlaces[i] = p;
-                                            parts[part].Add(p);
-                                        }
-                                    });
+        if (m_knownPlaces) {
+            m_places = m_knownPlaces;
+            StepWorkers::Get().ForParts(m_particles.size(), kParticleGrain,
+                                        [&](size_t part, size_t first, size_t last) {
+                                            for (size_t i = first; i < last; ++i) {
+                                                parts[part].Add(m_places[i]);
+                                            }
+                                        });
+        } else {
+            m_particlePlaces.resize(m_particles.size());
+            m_places = m_particlePlaces.data();
+            StepWorkers::Get().ForParts(m_particles.size(), kParticleGrain,
+                                        [&](size_t part, size_t first, size_t last) {
+                                            for (size_t i = first; i < last; ++i) {
+                                                const Vec2 p = m_particles[i]->position;
+                                                m_particlePlaces[i] = p;
+                                                parts[part].Add(p);
+                                            }
+                                        });
+        }
         for (const math::BoundingBox2f& part : parts) {
             water.min.x = part.min.x < water.min.x ? part.min.x : water.min.x;
             water.min.y = part.min.y < water.min.y ? part.min.y : water.min.y;
@@ -506,7 +518,7 @@ void Collider::WaterAgainst(ContactList& contacts, Geom* geom, const math::Bound
     InParts(contacts, m_particles.size(), kParticleGrain,
             [&](ContactList& out, size_t first, size_t last) {
                 for (size_t k = first; k < last; ++k) {
-                    const Vec2& p = m_particlePlaces[k];
+                    const Vec2& p = m_places[k];
                     if (!reach.Contains(p)) {
                         continue;
                     }

@@ -39,6 +39,10 @@ public:
     // Sorts the bodies' geoms into the shape lists and takes the particles, with the skin
     // that the fluid's present radius gives them.
     void AssignBodies(const BodyList& bodies, const ParticleList& particles = ParticleList());
+    // The particles' places as the step has already read them, in the order AssignBodies
+    // took the particles, valid through the next Collide; null (the default) to read them
+    // from the particles. AssignBodies forgets them.
+    void TakeParticlePlaces(const math::Vec2* places) { m_knownPlaces = places; }
     void Collide(ContactList& contacts);
 
     // Of the last AssignBodies: shapes left out of crowds, and the contact limit.
@@ -90,7 +94,10 @@ private:
     std::vector<CircleEntry> m_circles;
     std::vector<Box*> m_boxes;
     std::vector<Particle*> m_particles;
-    util::VectorPOD<math::Vec2> m_particlePlaces;  // of m_particles, alike indexed
+    // Of m_particles, alike indexed: read into m_particlePlaces, or those taken.
+    util::VectorPOD<math::Vec2> m_particlePlaces;
+    const math::Vec2* m_knownPlaces = nullptr;
+    const math::Vec2* m_places = nullptr;
     float m_particleMargin = 0;
 
     // Per list, boxes that contain every place where that shape can touch another.

@@ -50,6 +50,8 @@ public:
     // All members, cell after cell, and their coordinates when the cells were built, x and
     // y apart so that loops over them vectorise.
     Particle* const* Members() const { return m_members.data(); }
+    // Each particle's place when the cells were built, in list order.
+    const math::Vec2* Places() const { return m_points.data(); }
     const math::real* Xs() const { return m_xs.data(); }
     const math::real* Ys() const { return m_ys.data(); }
     size_t MemberCount() const { return m_members.size(); }

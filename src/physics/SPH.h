@@ -41,6 +41,8 @@ public:
     // The kernel radius h, and the kernels at distance d below it, with the constants of
     // the last Update.
     math::real GetKernelRadius() const { return radius->Get() * influence->Get(); }
+    // The particles' places as the last Update read them, in the order of its list.
+    const math::Vec2* GetPlaces() const { return m_hash.Places(); }
     math::real Density(math::real d) const;    // poly6
     math::real Gradient(math::real d) const;   // of the spiky kernel
     math::real Laplacian(math::real d) const;  // of the viscosity kernel

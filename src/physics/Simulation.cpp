@@ -610,6 +610,11 @@ void Simulation::CalcContacts() {
     {
         VORRA_PROFILE("Finding contacts");
         m_collider.AssignBodies(m_bodies, m_particles);
+        // The fluid read the same particles' places within this step, which nothing
+        // has moved since.
+        if (m_fluidStepped) {
+            m_collider.TakeParticlePlaces(SPH::Get().GetPlaces());
+        }
         m_collider.Collide(m_foundContacts);
     }
     m_contactCache.Match(m_foundContacts);
