@@ -797,9 +797,7 @@ void SPH::CalcSPHForces(const ParticleMaterial& material, real dt) {
     const size_t count = m_particles.size();
     const real* xs = m_hash.Xs();
     const real* ys = m_hash.Ys();
-    m_slotDensity.resize(count);
-    m_slotPressure.resize(count);
-    m_slotVelocity.resize(count);
+    m_slotStates.resize(count);
     Particle* const* members = m_hash.Members();
     const Particle::Neighbour* entries = m_entries.data();
     const uint32_t* starts = m_listStart.data();
@@ -820,9 +818,7 @@ void SPH::CalcSPHForces(const ParticleMaterial& material, real dt) {
         particle.density = m * sum;
         // A linear equation of state; below the rest density the pressure pulls.
         particle.pressure = c * c * (particle.density - restDensity);
-        m_slotDensity[slot] = particle.density;
-        m_slotPressure[slot] = particle.pressure;
-        m_slotVelocity[slot] = particle.velocity;
+        m_slotStates[slot] = {particle.density, particle.pressure, particle.velocity};
     };
     workers.ForParts(count, kParticleGrain, [&](size_t, size_t first, size_t last) {
         for (size_t slot = first; slot < last; ++slot) {
@@ -838,9 +834,7 @@ void SPH::CalcSPHForces(const ParticleMaterial& material, real dt) {
     const real tensionScale = surfaceTension->Get();
     const real pressScale = pressMultiplier->Get();
     const real viscosityScale = viscMultiplier->Get() * viscosity->Get();
-    const real* slotDensity = m_slotDensity.data();
-    const real* slotPressure = m_slotPressure.data();
-    const Vec2* slotVelocity = m_slotVelocity.data();
+    const SlotState* states = m_slotStates.data();
     const auto addForce = [&](size_t slot, const Vec2& pressureSum, const Vec2& tensionSum,
                               const Vec2& viscositySum) {
         Particle& i = *members[slot];
@@ -862,14 +856,13 @@ void SPH::CalcSPHForces(const ParticleMaterial& material, real dt) {
             }
             const Lanes lanes(entries, starts, slot);
             // The scalar arithmetic below, lane by lane.
-            const __m128 rhoI = _mm_loadu_ps(slotDensity + slot);
-            const __m128 pI = _mm_loadu_ps(slotPressure + slot);
+            __m128 rhoI = _mm_loadu_ps(&states[slot].density);
+            __m128 pI = _mm_loadu_ps(&states[slot + 1].density);
+            __m128 vIx = _mm_loadu_ps(&states[slot + 2].density);
+            __m128 vIy = _mm_loadu_ps(&states[slot + 3].density);
+            _MM_TRANSPOSE4_PS(rhoI, pI, vIx, vIy);
             const __m128 xI = _mm_loadu_ps(xs + slot);
             const __m128 yI = _mm_loadu_ps(ys + slot);
-            const __m128 vIx = _mm_setr_ps(slotVelocity[slot].x, slotVelocity[slot + 1].x,
-                                           slotVelocity[slot + 2].x, slotVelocity[slot + 3].x);
-            const __m128 vIy = _mm_setr_ps(slotVelocity[slot].y, slotVelocity[slot + 1].y,
-                                           slotVelocity[slot + 2].y, slotVelocity[slot + 3].y);
             const __m128 twoRhoI = _mm_mul_ps(two, rhoI);
             const __m128 pIOverRho = _mm_div_ps(pI, _mm_mul_ps(rhoI, rhoI));
             __m128 pressureX = _mm_setzero_ps();
@@ -883,19 +876,17 @@ void SPH::CalcSPHForces(const ParticleMaterial& material, real dt) {
                 const Particle::Neighbour& n1 = lanes.At(1, k);
                 const Particle::Neighbour& n2 = lanes.At(2, k);
                 const Particle::Neighbour& n3 = lanes.At(3, k);
-                const __m128 rhoJ = _mm_setr_ps(slotDensity[n0.slot], slotDensity[n1.slot],
-                                                slotDensity[n2.slot], slotDensity[n3.slot]);
-                const __m128 pJ = _mm_setr_ps(slotPressure[n0.slot], slotPressure[n1.slot],
-                                              slotPressure[n2.slot], slotPressure[n3.slot]);
+                // Each neighbour's state in one load, the four turned into lanes.
+                __m128 rhoJ = _mm_loadu_ps(&states[n0.slot].density);
+                __m128 pJ = _mm_loadu_ps(&states[n1.slot].density);
+                __m128 vJx = _mm_loadu_ps(&states[n2.slot].density);
+                __m128 vJy = _mm_loadu_ps(&states[n3.slot].density);
+                _MM_TRANSPOSE4_PS(rhoJ, pJ, vJx, vJy);
                 const __m128 d = _mm_setr_ps(n0.distance, n1.distance, n2.distance, n3.distance);
                 const __m128 dx =
                     _mm_sub_ps(_mm_setr_ps(xs[n0.slot], xs[n1.slot], xs[n2.slot], xs[n3.slot]), xI);
                 const __m128 dy =
                     _mm_sub_ps(_mm_setr_ps(ys[n0.slot], ys[n1.slot], ys[n2.slot], ys[n3.slot]), yI);
-                const __m128 vJx = _mm_setr_ps(slotVelocity[n0.slot].x, slotVelocity[n1.slot].x,
-                                               slotVelocity[n2.slot].x, slotVelocity[n3.slot].x);
-                const __m128 vJy = _mm_setr_ps(slotVelocity[n0.slot].y, slotVelocity[n1.slot].y,
-                                               slotVelocity[n2.slot].y, slotVelocity[n3.slot].y);
                 const __m128 t =
                     special ? _mm_div_ps(_mm_add_ps(pI, pJ), _mm_mul_ps(twoRhoI, rhoJ))
                             : _mm_add_ps(_mm_div_ps(pJ, _mm_mul_ps(rhoJ, rhoJ)), pIOverRho);
@@ -935,9 +926,9 @@ void SPH::CalcSPHForces(const ParticleMaterial& material, real dt) {
         }
 #endif
         for (; slot < last; ++slot) {
-            const real rhoI = slotDensity[slot];
-            const real pI = slotPressure[slot];
-            const Vec2 vI = slotVelocity[slot];
+            const real rhoI = states[slot].density;
+            const real pI = states[slot].pressure;
+            const Vec2 vI = states[slot].velocity;
             Vec2 pressureSum(0, 0);
             Vec2 tensionSum(0, 0);
             Vec2 viscositySum(0, 0);
@@ -945,8 +936,8 @@ void SPH::CalcSPHForces(const ParticleMaterial& material, real dt) {
             // difference are 0.
             for (const Particle::Neighbour* n = entries + starts[slot];
                  n != entries + starts[slot + 1]; ++n) {
-                const real rhoJ = slotDensity[n->slot];
-                const real pJ = slotPressure[n->slot];
+                const real rhoJ = states[n->slot].density;
+                const real pJ = states[n->slot].pressure;
                 const real t = special ? (pI + pJ) / (2 * rhoI * rhoJ)
                                        : pJ / (rhoJ * rhoJ) + pI / (rhoI * rhoI);
                 const real g = Gradient(n->distance);
@@ -954,7 +945,7 @@ void SPH::CalcSPHForces(const ParticleMaterial& material, real dt) {
                 pressureSum += g * delta * t;
                 tensionSum += g * delta / rhoJ;
                 viscositySum +=
-                    (slotVelocity[n->slot] - vI) * Laplacian(n->distance) / (rhoJ * rhoI);
+                    (states[n->slot].velocity - vI) * Laplacian(n->distance) / (rhoJ * rhoI);
             }
             addForce(slot, pressureSum, tensionSum, viscositySum);
         }
@@ -1004,8 +995,8 @@ void SPH::PublishStatistics() {
     for (size_t k = 0; k < m_particles.size(); ++k) {
         const uint32_t slot = m_hash.SlotOf(k);
         neighbours += static_cast<double>(starts[slot + 1] - starts[slot]);
-        pressure += m_slotPressure[slot];
-        densitySum += m_slotDensity[slot];
+        pressure += m_slotStates[slot].pressure;
+        densitySum += m_slotStates[slot].density;
     }
     const double count = static_cast<double>(m_particles.size());
     SetConstant("AVG_neighCount", static_cast<float>(neighbours / count));

@@ -190,8 +190,14 @@ private:
     util::VectorPOD<uint32_t> m_listStart;
     util::VectorPOD<uint32_t> m_listCount;
     // Per slot of the hash: the state that neighbours read.
-    util::VectorPOD<math::real> m_slotDensity;
-    util::VectorPOD<math::real> m_slotPressure;
+    // Side by side, so that one load takes a neighbour's whole state.
+    struct SlotState {
+        math::real density;
+        math::real pressure;
+        math::Vec2 velocity;
+    };
+    util::VectorPOD<SlotState> m_slotStates;
+    // The velocities again after the solve, for the smoothing.
     util::VectorPOD<math::Vec2> m_slotVelocity;
     ParticleHash m_hash;
     util::Random m_random;
