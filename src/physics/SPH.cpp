@@ -36,6 +36,26 @@ constexpr size_t kParticleGrain = 512;
 constexpr size_t kPairsPerParticle = 32;
 constexpr size_t kMinPairBudget = 4096;
 
+#ifdef __SSE2__
+// For each mask of four lanes, the lanes set in it in order, then zeros; and how many.
+struct HitLanes {
+    alignas(16) uint32_t lanes[16][4];
+    uint32_t count[16];
+};
+constexpr HitLanes MakeHitLanes() {
+    HitLanes table{};
+    for (uint32_t mask = 0; mask < 16; ++mask) {
+        for (uint32_t lane = 0; lane < 4; ++lane) {
+            if ((mask >> lane) & 1) {
+                table.lanes[mask][table.count[mask]++] = lane;
+            }
+        }
+    }
+    return table;
+}
+constexpr HitLanes kHitLanes = MakeHitLanes();
+#endif
+
 // The candidates from first to last of xs and ys (readable four past last) whose squared
 // distance from (xi, yi) is below reach, in their order, into hits, which has room for
 // three more. Four candidates are tested at once; their arithmetic is the scalar one, lane
@@ -59,15 +79,12 @@ constexpr size_t kMinPairBudget = 4096;
             // Lanes past the last candidate read padding.
             mask &= (1u << (last - k)) - 1;
         }
-        // Without branches: each place is written, and kept only for a hit.
-        hits[count] = k;
-        count += mask & 1;
-        hits[count] = k + 1;
-        count += (mask >> 1) & 1;
-        hits[count] = k + 2;
-        count += (mask >> 2) & 1;
-        hits[count] = k + 3;
-        count += mask >> 3;
+        // Without branches: four places are written, the hits first, and only those kept.
+        _mm_storeu_si128(
+            reinterpret_cast<__m128i*>(hits + count),
+            _mm_add_epi32(_mm_set1_epi32(static_cast<int>(k)),
+                          _mm_load_si128(reinterpret_cast<const __m128i*>(kHitLanes.lanes[mask]))));
+        count += kHitLanes.count[mask];
     }
 #else
     for (uint32_t k = first; k < last; ++k) {
