@@ -1049,21 +1049,58 @@ void SPH::SmoothVelocities() {
     });
     // The means read the copies only: a Jacobi pass, the same whatever the particles' order.
     const Vec2* slotVelocity = m_slotVelocity.data();
+    const auto setMean = [&](size_t slot, real weights, const Vec2& sum) {
+        Particle& particle = *members[slot];
+        if (IsMovable(particle)) {
+            particle.velocity = sum / weights;
+        }
+    };
     workers.ForParts(count, kParticleGrain, [&](size_t, size_t first, size_t last) {
         for (size_t slot = first; slot < last; ++slot) {
             Prefetch(members, slot, last);
             // The lists of the last Update, which the particles hold too.
+            const Particle::Neighbour* n = entries + starts[slot];
+            const size_t listed = starts[slot + 1] - starts[slot];
+#ifdef __SSE2__
+            // The three sums side by side, (x, y, weights): each entry adds w (v.x, v.y, 1),
+            // the same numbers as the sums one by one, as w * 1 is w.
+            const __m128 hh = _mm_set1_ps(m_h * m_h);
+            const __m128 k315 = _mm_set1_ps(315 * m_k1);
+            const __m128 ones = _mm_set1_ps(1);
+            const auto velocityAndOne = [&](uint32_t other) {
+                return _mm_loadl_pi(ones, reinterpret_cast<const __m64*>(&slotVelocity[other]));
+            };
+            __m128 sums = _mm_setzero_ps();
+            size_t k = 0;
+            for (; k + 4 <= listed; k += 4) {
+                const __m128 w = DensityLanes(_mm_setr_ps(n[k].distance, n[k + 1].distance,
+                                                          n[k + 2].distance, n[k + 3].distance),
+                                              hh, k315);
+                sums = _mm_add_ps(sums, _mm_mul_ps(_mm_shuffle_ps(w, w, _MM_SHUFFLE(0, 0, 0, 0)),
+                                                   velocityAndOne(n[k].slot)));
+                sums = _mm_add_ps(sums, _mm_mul_ps(_mm_shuffle_ps(w, w, _MM_SHUFFLE(1, 1, 1, 1)),
+                                                   velocityAndOne(n[k + 1].slot)));
+                sums = _mm_add_ps(sums, _mm_mul_ps(_mm_shuffle_ps(w, w, _MM_SHUFFLE(2, 2, 2, 2)),
+                                                   velocityAndOne(n[k + 2].slot)));
+                sums = _mm_add_ps(sums, _mm_mul_ps(_mm_shuffle_ps(w, w, _MM_SHUFFLE(3, 3, 3, 3)),
+                                                   velocityAndOne(n[k + 3].slot)));
+            }
+            for (; k < listed; ++k) {
+                sums = _mm_add_ps(sums, _mm_mul_ps(_mm_set1_ps(Density(n[k].distance)),
+                                                   velocityAndOne(n[k].slot)));
+            }
+            alignas(16) float lanes[4];
+            _mm_store_ps(lanes, sums);
+            setMean(slot, lanes[2], Vec2(lanes[0], lanes[1]));
+#else
             real weights = 0;
             Vec2 sum(0, 0);
-            ForEachWeight(entries + starts[slot], starts[slot + 1] - starts[slot],
-                          [&](const Particle::Neighbour& n, real w) {
-                              weights += w;
-                              sum += w * slotVelocity[n.slot];
-                          });
-            Particle& particle = *members[slot];
-            if (IsMovable(particle)) {
-                particle.velocity = sum / weights;
-            }
+            ForEachWeight(n, listed, [&](const Particle::Neighbour& entry, real w) {
+                weights += w;
+                sum += w * slotVelocity[entry.slot];
+            });
+            setMean(slot, weights, sum);
+#endif
         }
     });
 }
