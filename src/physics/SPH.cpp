@@ -499,7 +499,7 @@ void SPH::ForEachWeight(const Particle::Neighbour* n, size_t listed, Visit visit
     }
 }
 
-void SPH::Update(const ParticleList& particles, real dt) {
+void SPH::Update(const ParticleList& particles, real dt, const ForcesDone* done) {
     VORRA_PROFILE("SPH::Update");
     m_particles.clear();
     if (particles.empty()) {
@@ -512,8 +512,19 @@ void SPH::Update(const ParticleList& particles, real dt) {
     const real r = radius->Get();
     m_mass = math::Pi * r * r * density->Get();
     FindNeighbors();
-    CalcSPHForces({r, density->Get(), friction->Get(), restitution->Get()}, dt);
+    // Jitter comes after the forces' pass and takes the particles in list order.
+    const bool jittered = jitter->Get() != 0;
+    CalcSPHForces({r, density->Get(), friction->Get(), restitution->Get()}, dt,
+                  jittered ? nullptr : done);
     Jitter();
+    if (done && jittered) {
+        StepWorkers::Get().ForParts(m_particles.size(), kParticleGrain,
+                                    [&](size_t, size_t first, size_t last) {
+                                        for (size_t k = first; k < last; ++k) {
+                                            done->Visit(*m_particles[k]);
+                                        }
+                                    });
+    }
     PublishStatistics();
 }
 
@@ -797,7 +808,7 @@ void SPH::ReportPileUp(size_t leftOut, uint32_t listCap) {
     m_fullListsLogged = full > 0;
 }
 
-void SPH::CalcSPHForces(const ParticleMaterial& material, real dt) {
+void SPH::CalcSPHForces(const ParticleMaterial& material, real dt, const ForcesDone* done) {
     VORRA_PROFILE("CalcSPHForces");
     m_h = GetKernelRadius();
     // The three-dimensional normalisations, kept in two dimensions.
@@ -859,6 +870,9 @@ void SPH::CalcSPHForces(const ParticleMaterial& material, real dt) {
         if (IsMovable(i)) {
             i.force +=
                 m * (-m * pressScale * pressureSum + viscosityScale * m * viscositySum + i.tension);
+        }
+        if (done) {
+            done->Visit(i);
         }
     };
     workers.ForParts(count, kParticleGrain, [&](size_t, size_t first, size_t last) {

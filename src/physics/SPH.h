@@ -29,10 +29,19 @@ public:
     SPH(const SPH&) = delete;
     SPH& operator=(const SPH&) = delete;
 
+    // What a step does with each particle once its forces are final.
+    class ForcesDone {
+    public:
+        virtual ~ForcesDone() = default;
+        // Called once per particle, on the threads of the step, touching that particle only.
+        virtual void Visit(Particle& particle) const = 0;
+    };
+
     // One fluid step: the particles take the present settings, find their neighbours, and
     // get pressure, viscosity, tension and jitter forces; lonely ones age. Publishes the
-    // averages. Nothing happens to an empty list.
-    void Update(const ParticleList& particles, math::real dt);
+    // averages. Nothing happens to an empty list. Where done is given, each particle is
+    // handed to it once its forces are final, while the fluid's last pass holds it.
+    void Update(const ParticleList& particles, math::real dt, const ForcesDone* done = nullptr);
     // After integration: each particle of the last Update takes the kernel-weighted mean
     // velocity of its neighbourhood. Computed for all before any is written, so the result
     // does not depend on the particles' order. Nothing without velocitySmoothing.
@@ -173,7 +182,7 @@ private:
     };
     // Also gives the particles their material, and ages those that have fewer than two in
     // their list by dt.
-    void CalcSPHForces(const ParticleMaterial& material, math::real dt);
+    void CalcSPHForces(const ParticleMaterial& material, math::real dt, const ForcesDone* done);
     void Jitter();
     // After the forces, within the same update.
     void PublishStatistics();

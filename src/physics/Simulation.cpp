@@ -213,6 +213,24 @@ bool Simulation::RemoveBody(const BodyPtr& body) {
 
 namespace {
 
+// Each body's own pass before the solve: the first half of a leap-frog step, where the
+// simulation takes those, and no velocity change yet.
+class BeforeSolving : public SPH::ForcesDone {
+public:
+    BeforeSolving(bool leap, float h) : m_leap(leap), m_half(h / 2) {}
+    void Visit(AbstractBody& body) const {
+        if (m_leap) {
+            Simulation::IntegrateVelocity(body, m_half);
+        }
+        ClearVelocityChange(body);
+    }
+    void Visit(Particle& particle) const override { Visit(static_cast<AbstractBody&>(particle)); }
+
+private:
+    bool m_leap;
+    float m_half;
+};
+
 // Bodies per part of the loops that move each body on its own.
 constexpr size_t kBodyGrain = 2048;
 
@@ -412,11 +430,13 @@ void Simulation::Step(bool simulate) {
         const float afterSolve = leap ? h / 2 : h;
         {
             VORRA_PROFILE("Before solving");
-            StepWorkers::Get().ForEach(m_allBodies, kBodyGrain, [&](AbstractBody* body) {
-                if (leap) {
-                    IntegrateVelocity(*body, h / 2);
+            // The bodies come first in the list; the fluid took its particles already.
+            const size_t count = m_fluidStepped ? m_bodies.size() : m_allBodies.size();
+            const BeforeSolving beforeSolving(leap, h);
+            StepWorkers::Get().ForParts(count, kBodyGrain, [&](size_t, size_t first, size_t last) {
+                for (size_t i = first; i < last; ++i) {
+                    beforeSolving.Visit(*m_allBodies[i]);
                 }
-                ClearVelocityChange(*body);
             });
         }
         Solve();
@@ -512,7 +532,9 @@ void Simulation::CalcForces() {
         joint->ApplyForce();
     }
     if (running->Get()) {
-        SPH::Get().Update(m_particles, timeDelta->Get());
+        // The particles' pass before the solve, taken while the fluid holds each of them.
+        const BeforeSolving beforeSolving(leapFrog->Get(), timeDelta->Get());
+        SPH::Get().Update(m_particles, timeDelta->Get(), &beforeSolving);
         m_fluidStepped = true;
     }
 }

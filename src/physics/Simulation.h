@@ -34,6 +34,8 @@ using HingeSet = std::set<HingePtr, BySerial>;
 // frame with the wall-clock time that passed.
 class Simulation : public script::Reflected, public util::Singleton<Simulation> {
 public:
+    // v += dt F / m, w += dt T / I; an immovable body stops.
+    static void IntegrateVelocity(AbstractBody& body, float dt);
     Simulation();
     ~Simulation() override;
     Simulation(const Simulation&) = delete;
@@ -170,7 +172,6 @@ private:
     void CalcContacts();
     // The step's constraints solved, their changes left in the bodies for the pass after.
     void Solve();
-    static void IntegrateVelocity(AbstractBody& body, float dt);
     static void IntegratePosition(AbstractBody& body, float dt);
     void AppendCounts();
 
@@ -180,7 +181,8 @@ private:
     JointSet m_joints;
     HingeSet m_hinges;
     ParticleList m_particles;
-    // Whether the fluid stepped in this step: its smoothing works on that step's lists.
+    // Whether the fluid stepped in this step: its smoothing works on that step's lists,
+    // and it gave the particles the pass before the solve.
     bool m_fluidStepped = false;
     // Bodies, then particles, of this step as plain pointers, so that inner loops touch no counts.
     std::vector<AbstractBody*> m_allBodies;
