@@ -412,16 +412,14 @@ void Collider::CollideWater(ContactList& contacts) {
         // way, for the walks over the particles that follow.
         math::BoundingBox2f parts[StepWorkers::kMaxThreads];
         if (m_knownPlaces) {
-            m_places = m_knownPlaces;
             StepWorkers::Get().ForParts(m_particles.size(), kParticleGrain,
                                         [&](size_t part, size_t first, size_t last) {
                                             for (size_t i = first; i < last; ++i) {
-                                                parts[part].Add(m_places[i]);
+                                                parts[part].Add(m_knownPlaces[i]);
                                             }
                                         });
         } else {
             m_particlePlaces.resize(m_particles.size());
-            m_places = m_particlePlaces.data();
             StepWorkers::Get().ForParts(m_particles.size(), kParticleGrain,
                                         [&](size_t part, size_t first, size_t last) {
                                             for (size_t i = first; i < last; ++i) {
@@ -513,12 +511,13 @@ void Collider::WaterAgainst(ContactList& contacts, Geom* geom, const math::Bound
     if (Full(contacts)) {
         return;
     }
+    const Vec2* places = m_knownPlaces ? m_knownPlaces : m_particlePlaces.data();
     // The limit is checked once per geom, so the parts' joined contacts are exactly what
     // one walk over the particles would give.
     InParts(contacts, m_particles.size(), kParticleGrain,
             [&](ContactList& out, size_t first, size_t last) {
                 for (size_t k = first; k < last; ++k) {
-                    const Vec2& p = m_places[k];
+                    const Vec2& p = places[k];
                     if (!reach.Contains(p)) {
                         continue;
                     }

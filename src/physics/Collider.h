@@ -94,10 +94,9 @@ private:
     std::vector<CircleEntry> m_circles;
     std::vector<Box*> m_boxes;
     std::vector<Particle*> m_particles;
-    // Of m_particles, alike indexed: read into m_particlePlaces, or those taken.
+    // Of m_particles, alike indexed: those taken, or else read into m_particlePlaces.
     util::VectorPOD<math::Vec2> m_particlePlaces;
     const math::Vec2* m_knownPlaces = nullptr;
-    const math::Vec2* m_places = nullptr;
     float m_particleMargin = 0;
 
     // Per list, boxes that contain every place where that shape can touch another.
