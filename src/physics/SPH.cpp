@@ -56,6 +56,16 @@ constexpr HitLanes MakeHitLanes() {
 constexpr HitLanes kHitLanes = MakeHitLanes();
 #endif
 
+// The correctly rounded root, as std::sqrt gives it, without the branch that sets errno
+// for a negative argument: the squared distances here are never negative.
+inline real SquareRoot(real x) {
+#ifdef __SSE2__
+    return _mm_cvtss_f32(_mm_sqrt_ss(_mm_set_ss(x)));
+#else
+    return std::sqrt(x);
+#endif
+}
+
 // The candidates from first to last of xs and ys (readable four past last) whose squared
 // distance from (xi, yi) is below reach, in their order, into hits, which has room for
 // three more. Four candidates are tested at once; their arithmetic is the scalar one, lane
@@ -757,10 +767,11 @@ void SPH::BuildLists(size_t parts, bool ranked) {
     const real* ys = m_hash.Ys();
     Particle::Neighbour* entries = m_entries.data();
     const uint32_t* starts = m_listStart.data();
-    const auto enter = [&](const Pair& pair, uint32_t atI, uint32_t atJ) {
+    // Captured by value: the stores into the lists then leave the pointers in registers.
+    const auto enter = [xs, ys, entries, starts](const Pair& pair, uint32_t atI, uint32_t atJ) {
         // The expressions of the test, so the same bits.
         const Vec2 delta(xs[pair.j] - xs[pair.i], ys[pair.j] - ys[pair.i]);
-        const real distance = std::sqrt(delta.x * delta.x + delta.y * delta.y);
+        const real distance = SquareRoot(delta.x * delta.x + delta.y * delta.y);
         entries[starts[pair.i] + atI] = {pair.j, distance};
         entries[starts[pair.j] + atJ] = {pair.i, distance};
     };
