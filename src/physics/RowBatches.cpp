@@ -149,9 +149,12 @@ void RowBatches::Fill(const ContactRow* rows, const SolverBody* bodies, size_t f
             levelRows + static_cast<uint32_t>((batch - m_levelBatch[level]) * kLanes);
         for (int lane = 0; lane < kLanes; ++lane) {
             const uint32_t place = at + static_cast<uint32_t>(lane);
-            // Rows are read out of order here: ask for the ones a little ahead.
+            // Rows are read out of order here: ask for the ones a little ahead, both
+            // cache lines that a row may lie across.
             if (place + kLanes < end) {
-                __builtin_prefetch(&rows[m_byLevel[place + kLanes]]);
+                const ContactRow* ahead = &rows[m_byLevel[place + kLanes]];
+                __builtin_prefetch(ahead);
+                __builtin_prefetch(reinterpret_cast<const char*>(ahead + 1) - 1);
             }
             const uint32_t row = place < end ? m_byLevel[place] : kNoRow;
             Put(m_batches[batch], lane, row == kNoRow ? padding : rows[row], bodies);
