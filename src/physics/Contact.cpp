@@ -11,6 +11,10 @@
 #include "physics/SolverParameters.h"
 #include "util/Assert.h"
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 namespace physics {
 
 namespace {
@@ -46,20 +50,34 @@ void Delta(const math::Vec2& dv, const math::Vec2& n, const math::Vec2& t, math:
     deltaT = candT - accT;
 }
 
+// 1 / a, 1 / b, 1 / c, 1 / d: each correctly rounded, as one by one.
+void Reciprocals(math::real a, math::real b, math::real c, math::real d, math::real& ra,
+                 math::real& rb, math::real& rc, math::real& rd) {
+#ifdef __SSE2__
+    alignas(16) float out[4];
+    _mm_store_ps(out, _mm_div_ps(_mm_set1_ps(1), _mm_setr_ps(a, b, c, d)));
+    ra = out[0];
+    rb = out[1];
+    rc = out[2];
+    rd = out[3];
+#else
+    ra = 1 / a;
+    rb = 1 / b;
+    rc = 1 / c;
+    rd = 1 / d;
+#endif
+}
+
 }  // namespace
 
 Contact::Contact(Geom* a, Geom* b, size_t index, const math::Vec2& p, const math::Vec2& n, float d)
-    : Constraint(true),
-      m_creationTime(SolverParameters::Current().simulatedTime),
-      m_index(index),
-      m_p(p),
-      m_n(n),
-      m_d(d),
-      m_t(-n.y, n.x) {
+    : Constraint(true), m_index(index), m_p(p), m_n(n), m_d(d), m_t(-n.y, n.x) {
     using math::IsFinite;
     CODE_ASSERT(IsFinite(p));
     CODE_ASSERT(IsFinite(n));
     CODE_ASSERT(IsFinite(d));
+    const SolverParameters& params = SolverParameters::Current();
+    m_creationTime = params.simulatedTime;
 
     const size_t idA = a->GetID();
     const size_t idB = b->GetID();
@@ -69,18 +87,15 @@ Contact::Contact(Geom* a, Geom* b, size_t index, const math::Vec2& p, const math
 
     bodies[0] = a->GetBody();
     bodies[1] = b->GetBody();
-    m_friction = Combine(a->friction, b->friction);
-    m_restitution = Combine(a->restitution, b->restitution);
+    CombineTwo(a->friction, b->friction, a->restitution, b->restitution, m_friction, m_restitution);
     r1 = bodies[0] ? p - bodies[0]->position : p;
     r2 = bodies[1] ? p - bodies[1]->position : p;
 
-    const math::real kN = K(m_n);
-    const math::real kT = K(m_t);
-    m_massN = 1 / kN;
-    m_massT = 1 / kT;
-    const math::real e = SolverParameters::Current().contacts.e;
-    m_regMassN = 1 / (kN + e);
-    m_regMassT = 1 / (kT + e);
+    math::real kN;
+    math::real kT;
+    KOfNormalAndTangent(kN, kT);
+    const math::real e = params.contacts.e;
+    Reciprocals(kN, kT, kN + e, kT + e, m_massN, m_massT, m_regMassN, m_regMassT);
     m_effMassN = m_massN;
     m_effMassT = m_massT;
 }
@@ -94,16 +109,53 @@ size_t Contact::HashKey(size_t lowerID, size_t higherID, size_t index) {
 }
 
 math::real Contact::Combine(math::real x, math::real y) {
-    const math::real xy = x * y;
-    const math::real sign = xy > 0 ? 1.0f : (xy < 0 ? -1.0f : 0.0f);
-    return sign * std::sqrt(std::fabs(xy));
+    math::real combined;
+    math::real unused;
+    CombineTwo(x, y, 0, 0, combined, unused);
+    return combined;
+}
+
+void Contact::CombineTwo(math::real x1, math::real y1, math::real x2, math::real y2,
+                         math::real& first, math::real& second) {
+    const math::real xy1 = x1 * y1;
+    const math::real xy2 = x2 * y2;
+    const auto signOf = [](math::real xy) { return xy > 0 ? 1.0f : (xy < 0 ? -1.0f : 0.0f); };
+    math::real root1;
+    math::real root2;
+#ifdef __SSE2__
+    // Both roots in one instruction, each correctly rounded as std::sqrt's.
+    alignas(16) float roots[4];
+    _mm_store_ps(roots, _mm_sqrt_ps(_mm_setr_ps(std::fabs(xy1), std::fabs(xy2), 0, 0)));
+    root1 = roots[0];
+    root2 = roots[1];
+#else
+    root1 = std::sqrt(std::fabs(xy1));
+    root2 = std::sqrt(std::fabs(xy2));
+#endif
+    first = signOf(xy1) * root1;
+    second = signOf(xy2) * root2;
 }
 
 math::real Contact::K(const math::Vec2& u) const {
+    return KFrom(u, MassInv(bodies[0]), MassInv(bodies[1]), InertiaInv(bodies[0]),
+                 InertiaInv(bodies[1]));
+}
+
+math::real Contact::KFrom(const math::Vec2& u, math::real m0, math::real m1, math::real i0,
+                          math::real i1) const {
     const math::real c1 = math::Cross(r1, u);
     const math::real c2 = math::Cross(r2, u);
-    return MassInv(bodies[0]) + MassInv(bodies[1]) + InertiaInv(bodies[0]) * c1 * c1 +
-           InertiaInv(bodies[1]) * c2 * c2;
+    return m0 + m1 + i0 * c1 * c1 + i1 * c2 * c2;
+}
+
+void Contact::KOfNormalAndTangent(math::real& kN, math::real& kT) const {
+    // The bodies' values read once for both.
+    const math::real m0 = MassInv(bodies[0]);
+    const math::real m1 = MassInv(bodies[1]);
+    const math::real i0 = InertiaInv(bodies[0]);
+    const math::real i1 = InertiaInv(bodies[1]);
+    kN = KFrom(m_n, m0, m1, i0, i1);
+    kT = KFrom(m_t, m0, m1, i0, i1);
 }
 
 void Contact::CopyCached(const Contact& old) {

@@ -51,6 +51,9 @@ public:
     static size_t HashKey(size_t lowerID, size_t higherID, size_t index);
     // The geometric mean, keeping the sign where exactly one value is negative.
     static math::real Combine(math::real x, math::real y);
+    // Combine(x1, y1) and Combine(x2, y2) at once.
+    static void CombineTwo(math::real x1, math::real y1, math::real x2, math::real y2,
+                           math::real& first, math::real& second);
 
     double GetCreationTime() const { return m_creationTime; }
     const math::Vec2& GetPoint() const { return m_p; }
@@ -85,6 +88,11 @@ public:
     }
 
 private:
+    // K(u) from the bodies' values, and K of the normal and the tangent together.
+    math::real KFrom(const math::Vec2& u, math::real m0, math::real m1, math::real i0,
+                     math::real i1) const;
+    void KOfNormalAndTangent(math::real& kN, math::real& kT) const;
+
     // What the cache reads and writes of each contact, side by side, so that a match
     // touches as few cache lines as possible.
     double m_creationTime;
