@@ -5,6 +5,7 @@
 
 #include "physics/StepWorkers.h"
 #include "util/HashSet.h"
+#include "util/Prefetch.h"
 #include "util/Profiler.h"
 
 namespace physics {
@@ -18,12 +19,10 @@ constexpr size_t kMatchGrain = 8192;
 // How far ahead a match asks for the contacts it will read.
 constexpr size_t kAhead = 8;
 
-// What a match reads and writes of a contact lies after the constraint's part, and may
-// cross into the next cache line.
+// What a match reads and writes of a contact lies in the 64 bytes after the constraint's
+// part, which may cross into the next cache line.
 void PrefetchCachedPart(const Contact& contact) {
-    const char* start = reinterpret_cast<const char*>(&contact) + sizeof(Constraint);
-    __builtin_prefetch(start);
-    __builtin_prefetch(start + 56);
+    util::PrefetchSpan(reinterpret_cast<const char*>(&contact) + sizeof(Constraint), 64);
 }
 
 }  // namespace

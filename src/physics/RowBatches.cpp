@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "physics/RowSweepKernel.h"
+#include "util/Prefetch.h"
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -149,12 +150,9 @@ void RowBatches::Fill(const ContactRow* rows, const SolverBody* bodies, size_t f
             levelRows + static_cast<uint32_t>((batch - m_levelBatch[level]) * kLanes);
         for (int lane = 0; lane < kLanes; ++lane) {
             const uint32_t place = at + static_cast<uint32_t>(lane);
-            // Rows are read out of order here: ask for the ones a little ahead, both
-            // cache lines that a row may lie across.
+            // Rows are read out of order here: ask for the ones a little ahead.
             if (place + kLanes < end) {
-                const ContactRow* ahead = &rows[m_byLevel[place + kLanes]];
-                __builtin_prefetch(ahead);
-                __builtin_prefetch(reinterpret_cast<const char*>(ahead + 1) - 1);
+                util::PrefetchSpan(&rows[m_byLevel[place + kLanes]], sizeof(ContactRow));
             }
             const uint32_t row = place < end ? m_byLevel[place] : kNoRow;
             Put(m_batches[batch], lane, row == kNoRow ? padding : rows[row], bodies);
