@@ -407,28 +407,27 @@ void Collider::CollideWater(ContactList& contacts) {
     math::BoundingBox2f water;
     {
         VORRA_PROFILE("Creating BB");
-        // Each part's box, joined coordinate by coordinate: a NaN coordinate is left out
-        // of its own axis only, as in one walk over the list. The places are copied on the
-        // way, for the walks over the particles that follow.
-        math::BoundingBox2f parts[StepWorkers::kMaxThreads];
-        if (m_knownPlaces) {
-            StepWorkers::Get().ForParts(m_particles.size(), kParticleGrain,
-                                        [&](size_t part, size_t first, size_t last) {
-                                            for (size_t i = first; i < last; ++i) {
-                                                parts[part].Add(m_knownPlaces[i]);
-                                            }
-                                        });
-        } else {
+        // The places the step read already, or else a copy read here, for the walks over
+        // the particles that follow.
+        if (!m_knownPlaces) {
             m_particlePlaces.resize(m_particles.size());
             StepWorkers::Get().ForParts(m_particles.size(), kParticleGrain,
-                                        [&](size_t part, size_t first, size_t last) {
+                                        [&](size_t, size_t first, size_t last) {
                                             for (size_t i = first; i < last; ++i) {
-                                                const Vec2 p = m_particles[i]->position;
-                                                m_particlePlaces[i] = p;
-                                                parts[part].Add(p);
+                                                m_particlePlaces[i] = m_particles[i]->position;
                                             }
                                         });
         }
+        const Vec2* places = ParticlePlaces();
+        // Each part's box, joined coordinate by coordinate: a NaN coordinate is left out
+        // of its own axis only, as in one walk over the list.
+        math::BoundingBox2f parts[StepWorkers::kMaxThreads];
+        StepWorkers::Get().ForParts(m_particles.size(), kParticleGrain,
+                                    [&](size_t part, size_t first, size_t last) {
+                                        for (size_t i = first; i < last; ++i) {
+                                            parts[part].Add(places[i]);
+                                        }
+                                    });
         for (const math::BoundingBox2f& part : parts) {
             water.min.x = part.min.x < water.min.x ? part.min.x : water.min.x;
             water.min.y = part.min.y < water.min.y ? part.min.y : water.min.y;
@@ -511,7 +510,7 @@ void Collider::WaterAgainst(ContactList& contacts, Geom* geom, const math::Bound
     if (Full(contacts)) {
         return;
     }
-    const Vec2* places = m_knownPlaces ? m_knownPlaces : m_particlePlaces.data();
+    const Vec2* places = ParticlePlaces();
     // The limit is checked once per geom, so the parts' joined contacts are exactly what
     // one walk over the particles would give.
     InParts(contacts, m_particles.size(), kParticleGrain,

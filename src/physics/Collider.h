@@ -97,6 +97,9 @@ private:
     // Of m_particles, alike indexed: those taken, or else read into m_particlePlaces.
     util::VectorPOD<math::Vec2> m_particlePlaces;
     const math::Vec2* m_knownPlaces = nullptr;
+    const math::Vec2* ParticlePlaces() const {
+        return m_knownPlaces ? m_knownPlaces : m_particlePlaces.data();
+    }
     float m_particleMargin = 0;
 
     // Per list, boxes that contain every place where that shape can touch another.
