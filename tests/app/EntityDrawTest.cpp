@@ -527,11 +527,12 @@ TEST_F(EntityDrawTest, PenTrailsFadeWithAgeFromJustBeforeTheFade) {
     EXPECT_NEAR(calls[1].size, 0.2f, kTolerance);
 
     // The next frame fills the same vertices; under the mouse the ring goes on top.
+    const app::TrailVertex* const firstFrameData = trail.trailData;
     pen->mouseOver = true;
     pen->Draw(painter);
     calls = painter.Take();
     ASSERT_EQ(calls.size(), 3u);
-    EXPECT_EQ(calls[0].trailData, trail.trailData);
+    EXPECT_EQ(calls[0].trailData, firstFrameData);
     EXPECT_EQ(calls[2].texture, "ring");
     ExpectVec2(calls[2].a, {3.1f, 1});
     EXPECT_NEAR(calls[2].size, 1.3f * 0.2f, kTolerance);

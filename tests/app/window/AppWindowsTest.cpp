@@ -301,21 +301,23 @@ TEST_F(AppWindowsTest, TheControlsActAsTheKeysAndTheConsoleWould) {
     ASSERT_TRUE(Interface().ShowWidget("Options"));
     const auto& english = KeptAs<app::OptionsWindow>("Options");
 
-    // The reduced interface: the control keeps its three buttons, the others close.
+    // The reduced interface: the control keeps its three buttons, the others close. The
+    // language change made the control anew.
+    auto& remade = KeptAs<app::SimControl>("SimControl");
     app::OptionCheckbox* simple = FindControl<app::OptionCheckbox>(english, "Option_SimpleMode");
     ASSERT_NE(simple, nullptr);
     ClickOn(*simple);
     EXPECT_TRUE(Interface().simpleMode->Get());
     Interface().Update(0);
-    EXPECT_TRUE(control.ShowsReducedSet());
-    EXPECT_EQ(control.GetBody()->GetChildren().size(), 3u);
+    EXPECT_TRUE(remade.ShowsReducedSet());
+    EXPECT_EQ(remade.GetBody()->GetChildren().size(), 3u);
     EXPECT_FALSE(IsOpen("Options"));
     EXPECT_FALSE(IsOpen("SimInfo"));
     Run("AppGUI.simpleMode = false;");
     Interface().Update(0);
-    EXPECT_FALSE(control.ShowsReducedSet());
+    EXPECT_FALSE(remade.ShowsReducedSet());
     EXPECT_TRUE(IsOpen("SimInfo"));
-    EXPECT_EQ(control.GetTimeText(), "12.4 " + Texts().Translate("Seconds"));
+    EXPECT_EQ(remade.GetTimeText(), "12.4 " + Texts().Translate("Seconds"));
 
     // The status counts what the simulation moves.
     auto& info = KeptAs<app::SimInfo>("SimInfo");
