@@ -34,12 +34,14 @@ using HingeSet = std::set<HingePtr, BySerial>;
 // frame with the wall-clock time that passed.
 class Simulation : public script::Reflected, public util::Singleton<Simulation> {
 public:
-    // v += dt F / m, w += dt T / I; an immovable body stops.
-    static void IntegrateVelocity(AbstractBody& body, float dt);
     Simulation();
     ~Simulation() override;
     Simulation(const Simulation&) = delete;
     Simulation& operator=(const Simulation&) = delete;
+
+    // v += dt F / m, w += dt T / I; an immovable body stops. Public for the fluid's pass
+    // before the solve, which integrates its particles' first half step.
+    static void IntegrateVelocity(AbstractBody& body, float dt);
 
     // Runs as many steps as the frame's time asks for, within a budget of 0.05 s of wall
     // clock; a backlog beyond that is dropped, not caught up. Rewrites the status text.
