@@ -1,6 +1,7 @@
 #include "physics/Simulation.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <limits>
@@ -401,6 +402,48 @@ void Simulation::AppendCounts() {
     m_status += "Running at " + util::LexicalCast<util::String>(1 / timeDelta->Get()) + " Hz\n";
 }
 
+class Simulation::ParticleForces {
+public:
+    // Water feels the air whatever airSwitch says; its weight and buoyancy follow the
+    // fluid's settings as they stand, its drag the particle's mass of the last fluid step.
+    explicit ParticleForces(const Simulation& simulation)
+        : m_invDt(1 / simulation.timeDelta->Get()), m_air(simulation.GetAirSettings()) {
+        const SPH& fluid = SPH::Get();
+        const Vec2 g = simulation.GetEffectiveGravity();
+        m_r = fluid.radius->Get();
+        const float area = math::Pi * m_r * m_r;
+        m_weight = (area * fluid.density->Get()) * g;
+        m_buoyancy = -(m_air.density * area) * g;
+    }
+
+    void Apply(Particle& particle) const {
+        if (!particle.IsImmovable()) {
+            particle.force += m_weight;
+        }
+        if (m_air.drag) {
+            const float mass = particle.GetMass();
+            const float speed = particle.velocity.Length();
+            const float c =
+                std::min((m_air.linear + m_air.quadratic * speed) * 2 * m_r, m_invDt * mass);
+            particle.force -= c * particle.velocity;
+            const float spin = std::fabs(particle.angularVelocity);
+            const float t =
+                std::min(mass * m_air.rotational * spin, particle.GetInertia() * spin * m_invDt);
+            particle.torque -= std::copysign(t, particle.angularVelocity);
+        }
+        if (m_air.density != 0 && !particle.IsStatic()) {
+            particle.force += m_buoyancy;
+        }
+    }
+
+private:
+    float m_invDt;
+    AirSettings m_air;
+    float m_r = 0;
+    Vec2 m_weight;
+    Vec2 m_buoyancy;
+};
+
 void Simulation::StepTimed(bool simulate) {
     Step(simulate);
     // Summed in single precision, as the time of every run must come out the same.
@@ -411,7 +454,12 @@ void Simulation::Step(bool simulate) {
     VORRA_PROFILE("Simu::Step");
     const StepWorkers::Busy busy;
     const float h = timeDelta->Get();
-    RemoveBadObjects();
+    if (simulate) {
+        const ParticleForces particleForces(*this);
+        RemoveBadObjects(&particleForces);
+    } else {
+        RemoveBadObjects();
+    }
     RebuildAllBodies();
     m_fluidStepped = false;
     if (simulate) {
@@ -471,7 +519,7 @@ void Simulation::RebuildAllBodies() {
     }
 }
 
-void Simulation::RemoveBadObjects() {
+void Simulation::RemoveBadObjects(const ParticleForces* forces) {
     const float fall = fallLimit->Get();
     const Vec2 down = math::Normalized(GetEffectiveGravity());
     m_removals.clear();
@@ -485,23 +533,44 @@ void Simulation::RemoveBadObjects() {
         RemoveBody(body);
     }
     m_removals.clear();
-    RemoveBadParticles(down, fall);
+    RemoveBadParticles(down, fall, forces);
     // After the bodies, so that links that lost one go in the same pass.
     RemoveInvalidLinks(m_joints, m_jointRemovals, [this](const JointPtr& j) { RemoveJoint(j); });
     RemoveInvalidLinks(m_hinges, m_hingeRemovals,
                        [this](const HingePtr& h) { RemoveConstraint(h); });
 }
 
-void Simulation::RemoveBadParticles(const Vec2& down, float fall) {
+void Simulation::RemoveBadParticles(const Vec2& down, float fall, const ParticleForces* forces) {
+    VORRA_PROFILE("Bad particles");
     const float lifetime = SPH::Get().vaporizeTime->Get();
+    m_particleGone.resize(m_particles.size());
+    std::array<uint8_t, StepWorkers::kMaxThreads> goneInPart{};
+    StepWorkers::Get().ForParts(
+        m_particles.size(), kBodyGrain, [&](size_t part, size_t first, size_t last) {
+            uint8_t anyGone = 0;
+            for (size_t i = first; i < last; ++i) {
+                Particle& particle = *m_particles[i];
+                const bool gone = particle.IsBad() || particle.age > lifetime ||
+                                  Dot(particle.position, down) > fall;
+                m_particleGone[i] = gone;
+                anyGone |= gone;
+                if (forces && !gone) {
+                    forces->Apply(particle);
+                }
+            }
+            goneInPart[part] = anyGone;
+        });
+    if (std::find(goneInPart.begin(), goneInPart.end(), 1) == goneInPart.end()) {
+        return;
+    }
     size_t i = 0;
     while (i < m_particles.size()) {
-        const Particle& particle = *m_particles[i];
-        if (particle.IsBad() || particle.age > lifetime || Dot(particle.position, down) > fall) {
+        if (m_particleGone[i]) {
             m_particles[i]->SetInWorld(false);
-            // The last one takes the slot, and is tested in its turn.
+            // The last one takes the slot, and is looked at in its turn.
             if (i + 1 != m_particles.size()) {
                 m_particles[i] = std::move(m_particles.back());
+                m_particleGone[i] = m_particleGone[m_particles.size() - 1];
             }
             m_particles.pop_back();
         } else {
@@ -526,7 +595,7 @@ void Simulation::CalcForces() {
     const Vec2 g = GetEffectiveGravity();
     const AirSettings air = GetAirSettings();
     CalcBodyForces(g, invDt, air);
-    CalcParticleForces(g, invDt, air);
+    // The particles took theirs in the bad-particle pass.
     // Springs after the bodies' own forces, in the order they were made.
     for (const JointPtr& joint : m_joints) {
         joint->ApplyForce();
@@ -593,36 +662,6 @@ void Simulation::CalcBodyForces(const Vec2& g, float invDt, const AirSettings& a
             }
         }
     }
-}
-
-void Simulation::CalcParticleForces(const Vec2& g, float invDt, const AirSettings& air) {
-    VORRA_PROFILE("Particle forces");
-    // Water feels the air whatever airSwitch says; its weight and buoyancy follow the
-    // fluid's settings as they stand, its drag the particle's mass of the last fluid step.
-    const SPH& fluid = SPH::Get();
-    const float r = fluid.radius->Get();
-    const float area = math::Pi * r * r;
-    const Vec2 weight = (area * fluid.density->Get()) * g;
-    const Vec2 buoyancy = -(air.density * area) * g;
-    StepWorkers::Get().ForEach(m_particles, kBodyGrain, [&](const ParticlePtr& particlePtr) {
-        Particle& particle = *particlePtr;
-        if (!particle.IsImmovable()) {
-            particle.force += weight;
-        }
-        if (air.drag) {
-            const float mass = particle.GetMass();
-            const float speed = particle.velocity.Length();
-            const float c = std::min((air.linear + air.quadratic * speed) * 2 * r, invDt * mass);
-            particle.force -= c * particle.velocity;
-            const float spin = std::fabs(particle.angularVelocity);
-            const float t =
-                std::min(mass * air.rotational * spin, particle.GetInertia() * spin * invDt);
-            particle.torque -= std::copysign(t, particle.angularVelocity);
-        }
-        if (air.density != 0 && !particle.IsStatic()) {
-            particle.force += buoyancy;
-        }
-    });
 }
 
 void Simulation::CalcContacts() {

@@ -15,6 +15,7 @@
 #include "util/CallbackSet.h"
 #include "util/Singleton.h"
 #include "util/String.h"
+#include "util/VectorPOD.h"
 
 namespace physics {
 
@@ -156,8 +157,6 @@ private:
 
     void ReleaseLinks();
     void ReleaseBodies();
-    void RemoveBadObjects();
-    void RemoveBadParticles(const math::Vec2& down, float fall);
     // The air as it acts on bodies and water alike.
     struct AirSettings {
         float linear = 0;
@@ -167,8 +166,14 @@ private:
         bool drag = false;  // some drag at all
     };
     AirSettings GetAirSettings() const;
+    // A particle's own forces, its weight and the air's: each particle's alone, so they
+    // are given in the pass that looks for bad particles, which touches each anyway.
+    class ParticleForces;
+    // Removes what has gone bad or fallen too far. Where forces are given, every particle
+    // kept takes them.
+    void RemoveBadObjects(const ParticleForces* forces = nullptr);
+    void RemoveBadParticles(const math::Vec2& down, float fall, const ParticleForces* forces);
     void CalcBodyForces(const math::Vec2& g, float invDt, const AirSettings& air);
-    void CalcParticleForces(const math::Vec2& g, float invDt, const AirSettings& air);
     void RebuildAllBodies();
     void CalcForces();
     void CalcContacts();
@@ -195,6 +200,8 @@ private:
     Collider m_collider;
     ConstraintList m_constraints;
     BodyList m_removals;
+    // Per particle, whether the bad-particle pass found it gone.
+    util::VectorPOD<uint8_t> m_particleGone;
     std::vector<JointPtr> m_jointRemovals;
     std::vector<HingePtr> m_hingeRemovals;
 
