@@ -257,19 +257,10 @@ void Subsystem::CreateWindow(WindowParams params) {
 
     if (freshContext) {
         Log(logging::Debug, "Init GLEW...");
-        GLenum glewResult = glewInit();
-        if (glewResult != GLEW_OK) {
-            // Seen under a loaded X server: GLEW found no current display. Once more with
-            // the context made current again.
-            SDL_GL_MakeCurrent(m_window, m_glContext);
-            glewResult = glewInit();
+        const std::string glewError = rendering::GraphicsContext::ContextCreated();
+        if (!glewError.empty()) {
+            VORRA_THROW(std::runtime_error, "GLEW Error: " + util::String(glewError));
         }
-        if (glewResult != GLEW_OK) {
-            VORRA_THROW(std::runtime_error,
-                        "GLEW Error: " + util::String(reinterpret_cast<const char*>(
-                                             glewGetErrorString(glewResult))));
-        }
-        rendering::GraphicsContext::ContextCreated();
     }
 
     Log(logging::Debug, "Setting vsync");

@@ -4,9 +4,20 @@
 
 namespace rendering {
 
-void GraphicsContext::ContextCreated() {
+std::string GraphicsContext::ContextCreated() {
+    // glewInit loads the GL's entry points first, then the window system's, for which it
+    // asks GLX for the current display. A loaded X server now and then leaves that answer
+    // empty while the context draws fine; nothing here uses GLX's extensions, so only a
+    // failure of the GL's own part counts.
+    const GLenum result = glewInit();
+    if (result != GLEW_OK && result != GLEW_ERROR_NO_GLX_DISPLAY &&
+        result != GLEW_ERROR_GLX_VERSION_11_ONLY) {
+        s_loaded = false;
+        return reinterpret_cast<const char*>(glewGetErrorString(result));
+    }
     s_loaded = true;
     ++s_generation;
+    return {};
 }
 
 void GraphicsContext::ContextLost() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 namespace rendering {
 
@@ -14,7 +15,9 @@ public:
     // Counts the contexts made so far: an object made in an older context must not free
     // its name in the present one, where the same number may mean something else.
     static uint32_t GetGeneration() { return s_generation; }
-    static void ContextCreated();
+    // The window made a context current: its entry points are loaded. Gives why the
+    // context cannot be used, or nothing.
+    static std::string ContextCreated();
     static void ContextLost();
 
     // Textures are uploaded in 16-bit formats.

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Starts the real program under X, lets it run frames, ends it with SIGTERM and checks
 # that it went through the normal exit. With --no-icon the icon is missing first, and with
-# --unwritable-log the log file cannot be opened: each must only cost itself.
+# --unwritable-log the log file cannot be opened, and with --no-glx-display SHIM GLX
+# reports no current display for the fresh context: each must only cost itself.
 exe=$1 data=$2 mode=${3:-}
 source "$(dirname "$0")/common.sh"
 need_display "$@"
@@ -11,7 +12,11 @@ make_work_directory "$exe" "$data"
 log="$work/Logfile.txt"
 [ "$mode" = "--unwritable-log" ] && log="$work/stdout"  # Info lines still reach stdout
 
-run_and_terminate "$log"
+if [ "$mode" = "--no-glx-display" ]; then
+  LD_PRELOAD=$4 run_and_terminate "$log"
+else
+  run_and_terminate "$log"
+fi
 [ "$rc" -eq 0 ] || fail "exit code $rc, expected 0"
 
 expect_text "$work/stdout" "workdir =  $work/"

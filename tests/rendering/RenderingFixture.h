@@ -66,8 +66,7 @@ protected:
         ASSERT_NE(m_window, nullptr) << SDL_GetError();
         m_context = SDL_GL_CreateContext(m_window);
         ASSERT_NE(m_context, nullptr) << SDL_GetError();
-        ASSERT_EQ(glewInit(), GLEW_OK);
-        rendering::GraphicsContext::ContextCreated();
+        ASSERT_EQ(rendering::GraphicsContext::ContextCreated(), "");
         KeepDriverLoaded();
         glViewport(0, 0, kSide, kSide);
     }

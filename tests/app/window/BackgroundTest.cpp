@@ -49,8 +49,7 @@ protected:
         ASSERT_NE(s_window, nullptr) << SDL_GetError();
         s_context = SDL_GL_CreateContext(s_window);
         ASSERT_NE(s_context, nullptr) << SDL_GetError();
-        ASSERT_EQ(glewInit(), GLEW_OK);
-        rendering::GraphicsContext::ContextCreated();
+        ASSERT_EQ(rendering::GraphicsContext::ContextCreated(), "");
         test_rendering::KeepDriverLoaded();
     }
     static void TearDownTestSuite() {

@@ -76,22 +76,15 @@ protected:
         if (!s_context) {
             return;
         }
-        // GLEW now and then finds no current display on a loaded machine: the context is
-        // made current again and GLEW asked once more. Without GL there is no context for
-        // the tests, which then say so instead of drawing nothing.
-        GLenum loaded = glewInit();
-        for (int attempt = 0; attempt < 3 && loaded != GLEW_OK; ++attempt) {
-            SDL_Delay(50);
-            SDL_GL_MakeCurrent(s_window, s_context);
-            loaded = glewInit();
-        }
-        if (loaded != GLEW_OK) {
-            SDL_SetError("GLEW: %s", reinterpret_cast<const char*>(glewGetErrorString(loaded)));
+        // Without GL there is no context for the tests, which then say so instead of
+        // drawing nothing.
+        const std::string glewError = rendering::GraphicsContext::ContextCreated();
+        if (!glewError.empty()) {
+            SDL_SetError("GLEW: %s", glewError.c_str());
             SDL_GL_DeleteContext(s_context);
             s_context = nullptr;
             return;
         }
-        rendering::GraphicsContext::ContextCreated();
         test_rendering::KeepDriverLoaded();
     }
     static void TearDownTestSuite() {
