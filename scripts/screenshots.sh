@@ -53,8 +53,9 @@ shoot() {
 }
 
 readme='System.resolution = [1024, 700];'
-# The scene alone: every window of the interface closed.
-bare='System.resolution = [640, 480];
+# The scene alone, at the window size the scenes' cameras are set for: every window of the
+# interface closed.
+bare='System.resolution = [1024, 768];
 AppGUI.Toolbar.visible = false;
 AppGUI.SimControl.visible = false;
 AppGUI.SimInfo.visible = false;'
@@ -71,14 +72,13 @@ stop
 # The menu of a box of the welcome scene, paused.
 start welcome "$readme"
 xdotool key space
-xdotool mousemove --window "$window" 737 285 click 3
+xdotool mousemove --window "$window" 590 455 click 3
 sleep 0.5
 shoot "$shots/welcome-menu.png"
 stop
 
-# The dam break a few seconds in.
+# The dam break while the wave runs.
 start dambreak "$readme"
-sleep 3
 shoot "$shots/dambreak.png"
 stop
 
@@ -87,6 +87,9 @@ for path in "$scenes"/*.vra; do
   name=$(basename "$path" .vra)
   case $name in _*) continue ;; esac
   start "$name" "$bare"
+  # The pointer out of the window, so that the program draws no cursor over the scene.
+  xdotool mousemove 0 0
+  sleep 0.3
   import -window "$window" -resize 160x120 "$scenes/$name.png"
   echo "wrote $scenes/$name.png"
   stop
